@@ -1,0 +1,40 @@
+/// @file
+#pragma once
+
+namespace kestrel
+{
+
+/// A set of bits. `Owner` only keeps the flags of different classes apart. Empty by default.
+template <class Owner, class T>
+class Flag
+{
+public:
+    constexpr Flag() = default;
+    constexpr explicit Flag(T bits) : bits_(bits) {}
+
+    constexpr T value() const { return bits_; }
+
+    /// Whether the two share at least one bit: a set of both bits has any of either, an empty set of none.
+    constexpr bool hasAny(Flag other) const { return (bits_ & other.bits_) != 0; }
+
+    constexpr Flag& operator|=(Flag other)
+    {
+        bits_ |= other.bits_;
+        return *this;
+    }
+    constexpr Flag& operator&=(Flag other)
+    {
+        bits_ &= other.bits_;
+        return *this;
+    }
+
+    friend constexpr Flag operator|(Flag a, Flag b) { return a |= b; }
+    friend constexpr Flag operator&(Flag a, Flag b) { return a &= b; }
+    friend constexpr bool operator==(Flag a, Flag b) { return a.bits_ == b.bits_; }
+    friend constexpr bool operator!=(Flag a, Flag b) { return a.bits_ != b.bits_; }
+
+private:
+    T bits_ = 0;
+};
+
+} // namespace kestrel

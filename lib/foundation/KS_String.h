@@ -1,0 +1,230 @@
+/// @file
+#pragma once
+
+#include <foundation/foundation_api.h>
+
+#include <cassert>
+#include <cstddef>
+#include <initializer_list>
+#include <string_view>
+#include <utility>
+
+namespace kestrel
+{
+
+/// The text of the whole library: an owning array of bytes that ends with a NUL.
+///
+/// Text is plain bytes; there is no encoding and no locale. `size()` counts the NUL, `length()` does not.
+/// Comparing and searching stop at the first NUL, as the C runtime's string functions do; copying and
+/// appending take every byte.
+///
+/// Capacity is exact: copies hold just what they need and `+=` grows just as far as it must, so a text built
+/// by many appends reallocates at every one. `reserve` first, or build long texts elsewhere.
+///
+/// A null `const char*` reads as the empty text. Arguments may point into the text itself. A moved-from text
+/// reads as the empty text and may be used again. When an allocation fails, the text is as it was before.
+class KS_FOUNDATION_API KS_String
+{
+public:
+    /// What a search returns when nothing was found.
+    static constexpr unsigned int npos = 0xFFFFFFFFu;
+
+    /// The empty text: one byte, the NUL.
+    KS_String();
+    KS_String(char const* text);
+    /// Takes every byte of the view, NULs included.
+    KS_String(std::string_view text);
+    KS_String(KS_String const& other);
+    KS_String(KS_String&& other) noexcept
+        : data_(std::exchange(other.data_, nullptr)),
+          size_(std::exchange(other.size_, 0u)),
+          capacity_(std::exchange(other.capacity_, 0u))
+    {}
+    ~KS_String() { delete[] data_; }
+
+    /// Keeps the buffer only if its capacity is exactly the other's size.
+    KS_String& operator=(KS_String const& other);
+    KS_String& operator=(KS_String&& other) noexcept
+    {
+        KS_String(std::move(other)).swap(*this);
+        return *this;
+    }
+
+    /// @name Reading
+    /// @{
+
+    /// The bytes, ended by a NUL; never null. Valid until the text changes or goes.
+    char const* c_str() const { return data_ != nullptr ? data_ : ""; }
+
+    /// Number of bytes in front of the final NUL.
+    unsigned int length() const { return size_ != 0 ? size_ - 1 : 0; }
+
+    /// Number of bytes with the final NUL; 0 only in a moved-from text.
+    unsigned int size() const { return size_; }
+    unsigned int capacity() const { return capacity_; }
+    bool isEmpty() const { return length() == 0; }
+
+    /// REQUIRES: `index < size()`. Asserted in debug builds only.
+    char& operator[](unsigned int index)
+    {
+        assert(index < size_);
+        return data_[index];
+    }
+    char const& operator[](unsigned int index) const
+    {
+        assert(index < size_);
+        return data_[index];
+    }
+
+    /// All `length()` bytes. Valid until the text changes or goes.
+    operator std::string_view() const { return {c_str(), length()}; }
+
+    /// @}
+    /// @name Comparing: unsigned bytes, up to the first NUL; a proper prefix orders first
+    /// @{
+
+    bool operator==(KS_String const& other) const { return compare(other) == 0; }
+    bool operator!=(KS_String const& other) const { return compare(other) != 0; }
+    bool operator<(KS_String const& other) const { return compare(other) < 0; }
+    bool operator>(KS_String const& other) const { return compare(other) > 0; }
+    bool operator<=(KS_String const& other) const { return compare(other) <= 0; }
+    bool operator>=(KS_String const& other) const { return compare(other) >= 0; }
+
+    /// Index of the first, or last, such byte in front of the first NUL; `npos` if there is none. Searching
+    /// for NUL finds the first one.
+    unsigned int find(char wanted) const;
+    unsigned int findLast(char wanted) const;
+
+    /// Whether `prefix` begins this text; an equal and an empty one do.
+    bool startsWith(KS_String const& prefix) const;
+
+    /// @}
+    /// @name Parts and copies
+    /// @{
+
+    /// The first `count` bytes, or all there are.
+    KS_String left(unsigned int count) const;
+
+    /// `count` bytes from `start`, or all there are; a `start` behind the end gives the empty text.
+    KS_String mid(unsigned int start, unsigned int count = npos) const;
+
+    /// A copy with every byte put through the runtime's `tolower`.
+    KS_String toLower() const;
+
+    /// The parts one behind the other, in one allocation of exactly the needed size.
+    static KS_String concatenated(std::initializer_list<std::string_view> parts);
+
+    KS_String operator+(KS_String const& other) const;
+    KS_String operator+(char const* other) const;
+
+    /// @}
+    /// @name Changing
+    /// @{
+
+    /// Grows, if it must, to exactly the new size.
+    KS_String& operator+=(KS_String const& other);
+    KS_String& operator+=(char const* other);
+
+    /// Appends one byte; amortised constant.
+    KS_String& operator+=(char byte);
+
+    /// Replaces the text by what `printf` would write. The buffer grows only if it must, to exactly the new
+    /// size. A format that the runtime refuses gives the empty text.
+    void format(char const* format, ...) KS_PRINTF_LIKE(2, 3);
+
+    /// Appends what `printf` would write.
+    void appendFormat(char const* format, ...) KS_PRINTF_LIKE(2, 3);
+
+    /// Replaces every `from`, left to right, never looking into what it has just put in. Returns whether
+    /// there was one; an empty `from` is never found. Linear in the two texts.
+    bool replace(char const* from, char const* to);
+
+    /// Replaces the buffer by one of exactly `newCapacity` bytes and cuts the text to it. A capacity of 0
+    /// gives the buffer back and leaves the moved-from state. Without `keep` the text is empty afterwards.
+    void reserve(unsigned int newCapacity, bool keep = true);
+
+    void swap(KS_String& other) noexcept
+    {
+        std::swap(data_, other.data_);
+        std::swap(size_, other.size_);
+        std::swap(capacity_, other.capacity_);
+    }
+
+    /// @}
+    /// @name Stream form: a 32-bit count that includes the NUL, then that many bytes
+    /// @{
+
+    /// False when the stream ended early; the text is empty then. A count of 0 is the empty text, and bytes
+    /// without a final NUL get one. The count alone never makes it allocate: the buffer grows as the bytes
+    /// arrive. `Stream` is `FileStreamRaw` or `FileStreamEndian`.
+    template <class Stream>
+    bool read(Stream& stream);
+
+    /// False when any byte could not be written.
+    template <class Stream>
+    bool write(Stream& stream) const;
+
+    /// @}
+
+private:
+    int compare(KS_String const& other) const;
+    KS_String(std::string_view text, unsigned int capacity);
+    void append(std::string_view bytes);
+    void replaceBy(std::string_view bytes);
+    void becomeEmpty();
+    bool endWithNul();
+    unsigned int makeRoomToRead(unsigned int total);
+    void regrowBlock(unsigned int newCapacity);
+
+    template <class Stream>
+    bool readBytes(Stream& stream, unsigned int count);
+
+    char* data_ = nullptr;
+    unsigned int size_ = 0;
+    unsigned int capacity_ = 0;
+};
+
+static_assert(sizeof(KS_String) == sizeof(char*) + 2 * sizeof(unsigned int));
+
+template <class Stream>
+bool KS_String::read(Stream& stream)
+{
+    unsigned int count = 0;
+    bool good = stream.readValue(count);
+    if (good && count > capacity_)
+    {
+        KS_String longer;
+        good = longer.readBytes(stream, count);
+        if (good) swap(longer);
+    }
+    else if (good && count != 0)
+    {
+        good = readBytes(stream, count);
+    }
+    if (!good || count == 0) becomeEmpty();
+    return good;
+}
+
+template <class Stream>
+bool KS_String::readBytes(Stream& stream, unsigned int count)
+{
+    size_ = 0;
+    while (size_ < count)
+    {
+        unsigned int const wanted = makeRoomToRead(count);
+        std::size_t const arrived = stream.read(data_ + size_, wanted);
+        if (arrived != wanted) return false;
+        size_ += wanted;
+    }
+    return endWithNul();
+}
+
+template <class Stream>
+bool KS_String::write(Stream& stream) const
+{
+    std::string_view const bytes(c_str(), length() + 1u);
+    unsigned int const count = static_cast<unsigned int>(bytes.size());
+    return stream.writeValue(count) && stream.write(bytes.data(), bytes.size()) == bytes.size();
+}
+
+} // namespace kestrel

@@ -1,0 +1,32 @@
+/// @file
+/// Export macro of the foundation types. The only place where the compiler's export syntax is spelled;
+/// `ks_graph/ks_graph_api.h` reuses it.
+#pragma once
+
+#if defined(_WIN32)
+#define KS_EXPORTED __declspec(dllexport)
+#define KS_IMPORTED __declspec(dllimport)
+#else
+#define KS_EXPORTED __attribute__((visibility("default")))
+#define KS_IMPORTED __attribute__((visibility("default")))
+#endif
+
+/// The build defines KS_GRAPH_BUILD while it compiles the shared library, and KS_GRAPH_STATIC for a static
+/// one (for its users too); a host that links the shared library defines neither.
+#if defined(KS_GRAPH_STATIC)
+#define KS_FOUNDATION_API
+#elif defined(KS_GRAPH_BUILD)
+#define KS_FOUNDATION_API KS_EXPORTED
+#else
+#define KS_FOUNDATION_API KS_IMPORTED
+#endif
+
+/// Lets the compiler check printf-style arguments; both indexes count from 1, `this` included.
+#if defined(__MINGW32__)
+#define KS_PRINTF_LIKE(formatIndex, firstArgument)                                                           \
+    __attribute__((format(gnu_printf, formatIndex, firstArgument)))
+#elif defined(__GNUC__)
+#define KS_PRINTF_LIKE(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
+#else
+#define KS_PRINTF_LIKE(formatIndex, firstArgument)
+#endif

@@ -1,0 +1,606 @@
+#include <ks_graph/GraphNodePin.h>
+
+#include "Names.h"
+#include "PointerSet.h"
+#include "ScopeExit.h"
+
+#include <ks_graph/GraphConnection.h>
+#include <ks_graph/GraphNodeBase.h>
+#include <ks_graph/GraphScene.h>
+
+#include <algorithm>
+#include <new>
+#include <unordered_map>
+#include <utility>
+
+namespace kestrel::graph
+{
+
+namespace
+{
+
+constexpr PinDirection bothDirections = PIN_INPUT | PIN_OUTPUT;
+
+bool isLeftOut(GraphConnection const* connection, bool includeImplicit)
+{
+    return !includeImplicit && connection->isImplicit();
+}
+
+// `visit` returns whether to go on, and may append to the list.
+template <class IsWanted, class Visit>
+bool visitList(ArrayOfPtr<GraphConnection, KS_NO> const& list, bool includeImplicit, IsWanted isWanted,
+               Visit visit)
+{
+    unsigned int const count = list.size();
+    for (unsigned int i = 0; i < count; ++i)
+    {
+        GraphConnection* const connection = list[i];
+        if (!isLeftOut(connection, includeImplicit) && isWanted(connection) && !visit(connection))
+            return false;
+    }
+    return true;
+}
+
+// The one walk behind all questions of the form "which connections lead to ...": input connections whose
+// source, then output connections whose target, is the wanted one.
+template <class IsWantedInput, class IsWantedOutput, class Visit>
+void visitConnections(GraphNodePin const& pin, bool inputs, bool outputs, bool includeImplicit,
+                      IsWantedInput isWantedInput, IsWantedOutput isWantedOutput, Visit visit)
+{
+    if (inputs && !visitList(pin.getInputConnections(), includeImplicit, isWantedInput, visit)) return;
+    if (outputs) visitList(pin.getOutputConnections(), includeImplicit, isWantedOutput, visit);
+}
+
+template <class Visit>
+void visitConnectionsWithPin(GraphNodePin const& pin, GraphNodePin const* other, bool inputs, bool outputs,
+                             bool includeImplicit, Visit visit)
+{
+    visitConnections(
+        pin, inputs, outputs, includeImplicit,
+        [other](GraphConnection const* connection) { return connection->getSourcePin() == other; },
+        [other](GraphConnection const* connection) { return connection->getTargetPin() == other; }, visit);
+}
+
+template <class Visit>
+void visitConnectionsWithNode(GraphNodePin const& pin, GraphNodeBase const* node, bool inputs, bool outputs,
+                              bool includeImplicit, Visit visit)
+{
+    visitConnections(
+        pin, inputs, outputs, includeImplicit,
+        [node](GraphConnection const* connection) { return connection->getSourceNode() == node; },
+        [node](GraphConnection const* connection) { return connection->getTargetNode() == node; }, visit);
+}
+
+auto appendTo(ArrayOfPtr<GraphConnection, KS_NO>& out)
+{
+    return [&out](GraphConnection* connection)
+    {
+        out.append(connection);
+        return true;
+    };
+}
+
+auto noteIn(bool& found)
+{
+    return [&found](GraphConnection*)
+    {
+        found = true;
+        return false;
+    };
+}
+
+} // namespace
+
+// Where each connection of a long list stands, so that a removal need not search. A connection that stands
+// there more than once is searched all the same: its first entry has to go.
+class GraphNodePin::ConnectionList::Positions
+{
+public:
+    // Below this length a search is faster than the index. The index goes at half of it, so that a list that
+    // swings around the limit does not build one at every turn.
+    static constexpr unsigned int longList = 64;
+
+    explicit Positions(ArrayOfPtr<GraphConnection, KS_NO> const& list)
+    {
+        for (unsigned int i = 0; i < list.size(); ++i) added(list[i], i);
+    }
+
+    void added(GraphConnection const* connection, unsigned int index)
+    {
+        auto const [entry, isNew] = positions_.emplace(connection, index);
+        if (!isNew) entry->second = repeated;
+    }
+
+    unsigned int find(ArrayOfPtr<GraphConnection, KS_NO> const& list, GraphConnection const* connection) const
+    {
+        auto const entry = positions_.find(connection);
+        if (entry == positions_.end()) return list.npos;
+        return entry->second != repeated ? entry->second : list.find(connection);
+    }
+
+    void removed(GraphConnection const* connection)
+    {
+        auto const entry = positions_.find(connection);
+        if (entry != positions_.end() && entry->second != repeated) positions_.erase(entry);
+    }
+
+    void moved(GraphConnection const* connection, unsigned int index)
+    {
+        unsigned int& position = positions_.at(connection);
+        if (position != repeated) position = index;
+    }
+
+private:
+    static constexpr unsigned int repeated = 0xFFFFFFFFu;
+
+    std::unordered_map<GraphConnection const*, unsigned int> positions_;
+};
+
+GraphNodePin::ConnectionList::ConnectionList() = default;
+
+GraphNodePin::ConnectionList::ConnectionList(ConnectionList const& other) : connections_(other.connections_)
+{}
+
+GraphNodePin::ConnectionList& GraphNodePin::ConnectionList::operator=(ConnectionList const& other)
+{
+    set(other.connections_);
+    return *this;
+}
+
+GraphNodePin::ConnectionList::~ConnectionList() = default;
+
+// From here on the host may change the list at any time, so no index can be trusted.
+ArrayOfPtr<GraphConnection, KS_NO>& GraphNodePin::ConnectionList::expose()
+{
+    exposed_ = true;
+    positions_.reset();
+    return connections_;
+}
+
+void GraphNodePin::ConnectionList::set(ArrayOfPtr<GraphConnection, KS_NO> const& connections)
+{
+    positions_.reset();
+    connections_ = connections;
+}
+
+void GraphNodePin::ConnectionList::append(GraphConnection* connection)
+{
+    connections_.append(connection);
+    if (!positions_) return;
+    try
+    {
+        positions_->added(connection, connections_.size() - 1);
+    }
+    catch (std::bad_alloc const&)
+    {
+        positions_.reset(); // the list is right; only the short cut is lost
+    }
+}
+
+void GraphNodePin::ConnectionList::removeFast(GraphConnection* connection)
+{
+    if (connections_.size() < Positions::longList / 2)
+    {
+        positions_.reset();
+    }
+    else if (!positions_ && !exposed_ && connections_.size() >= Positions::longList)
+    {
+        try
+        {
+            positions_ = std::make_unique<Positions>(connections_);
+        }
+        catch (std::bad_alloc const&)
+        {
+            // A removal never fails: without memory for the index, the list is searched.
+        }
+    }
+    unsigned int const index =
+        positions_ ? positions_->find(connections_, connection) : connections_.find(connection);
+    if (index == connections_.npos) return;
+    connections_.removeFastAt(index);
+    if (!positions_) return;
+    positions_->removed(connection);
+    if (index < connections_.size()) positions_->moved(connections_[index], index);
+}
+
+GraphNodePin::GraphNodePin()
+    : name_("Untitled"), borderColor_(0.0f, 1.0f, 0.0f, 1.0f), color_(0.0f, 1.0f, 0.0f, 1.0f)
+{}
+
+GraphNodePin::GraphNodePin(GraphNodeBase* parentNode, unsigned int const& maxNumConnections,
+                           PinDirection const& direction)
+    : maxNumConnections_(maxNumConnections),
+      parentNode_(parentNode),
+      direction_(direction),
+      name_("Untitled"),
+      borderColor_(0.0f, 0.6f, 0.0f, 1.0f),
+      color_(0.0f, 0.6f, 0.0f, 1.0f)
+{}
+
+GraphNodePin::GraphNodePin(GraphNodePin const& other) = default;
+GraphNodePin& GraphNodePin::operator=(GraphNodePin const& other) = default;
+GraphNodePin::~GraphNodePin() = default;
+
+bool GraphNodePin::isCompoundPin() const
+{
+    GraphNodeBase const* const node = getParentGraphNodePtr();
+    return node != nullptr && node->isCompound();
+}
+
+bool GraphNodePin::isInterfacePin() const
+{
+    GraphNodeBase const* const node = getParentGraphNodePtr();
+    return node != nullptr && node->isInterface();
+}
+
+bool GraphNodePin::isEvaluatorPin() const
+{
+    GraphNodeBase const* const node = getParentGraphNodePtr();
+    return node != nullptr && node->isEvaluator();
+}
+
+bool GraphNodePin::isPassThroughPin() const
+{
+    GraphNodeBase const* const node = getParentGraphNodePtr();
+    return node != nullptr && node->isPassThrough();
+}
+
+bool GraphNodePin::isDirty() const
+{
+    return false;
+}
+
+bool GraphNodePin::isEditable() const
+{
+    return false;
+}
+
+bool GraphNodePin::isDynamic() const
+{
+    return isInterfacePin() || isCompoundPin() || isEvaluatorPin();
+}
+
+bool GraphNodePin::isUpdating() const
+{
+    return false;
+}
+
+bool GraphNodePin::allowsConnectionFrom(GraphNodePin const* other) const
+{
+    return other != nullptr && isInputPin() && other->isOutputPin();
+}
+
+bool GraphNodePin::allowsConnectionTo(GraphNodePin const* other) const
+{
+    return other != nullptr && other->allowsConnectionFrom(this);
+}
+
+GraphNodeBase* GraphNodePin::getParentGraphNodePtr() const
+{
+    return parentNode_;
+}
+
+void GraphNodePin::setParentGraphNodePtr(GraphNodeBase* node)
+{
+    parentNode_ = node;
+}
+
+GraphNodePin* GraphNodePin::getChildGraphNodePinPtr() const
+{
+    return childPin_;
+}
+
+void GraphNodePin::setChildGraphNodePinPtr(GraphNodePin* pin)
+{
+    childPin_ = pin;
+}
+
+GraphNodeBase* GraphNodePin::getChildInterfaceNodePtr() const
+{
+    GraphNodePin const* const child = getChildGraphNodePinPtr();
+    return child != nullptr ? child->getParentGraphNodePtr() : nullptr;
+}
+
+GraphNodePin* GraphNodePin::getParentGraphNodePinPtr() const
+{
+    return parentPin_;
+}
+
+void GraphNodePin::setParentGraphNodePinPtr(GraphNodePin* pin)
+{
+    parentPin_ = pin;
+}
+
+GraphScene* GraphNodePin::getParentGraphScenePtr() const
+{
+    GraphNodeBase const* const node = getParentGraphNodePtr();
+    return node != nullptr ? node->getGraphScene() : nullptr;
+}
+
+KS_String GraphNodePin::getName()
+{
+    return name_;
+}
+
+KS_String GraphNodePin::getFullName()
+{
+    GraphNodeBase* const node = getParentGraphNodePtr();
+    return node != nullptr ? dottedName(node->getFullName(), getName()) : getName();
+}
+
+// What can fail comes before the scene's map changes; a failure gives the old name back.
+void GraphNodePin::setName(KS_String const& name)
+{
+    KS_String const oldFullName = getFullName();
+    KS_String other(name);
+    name_.swap(other);
+    ScopeExit restoreName([this, &other] { name_.swap(other); });
+    KS_String newFullName = getFullName();
+    GraphNodePin* const parentPin = isInterfacePin() ? getParentGraphNodePinPtr() : nullptr;
+    if (parentPin != nullptr) parentPin->setName(name);
+    restoreName.dismiss();
+    GraphScene* const scene = getParentGraphScenePtr();
+    if (scene != nullptr && newFullName != oldFullName) scene->rekeyPin(oldFullName, std::move(newFullName));
+}
+
+KS_String GraphNodePin::toXml()
+{
+    GraphNodeBase const* const node = getParentGraphNodePtr();
+    KS_String text;
+    text.format("<pin parent=\"%d\" input=\"%s\" output=\"%s\" maxconnections=\"%d\">\n</pin>\n",
+                node != nullptr ? static_cast<int>(node->getId()) : -1, isInputPin() ? "true" : "false",
+                isOutputPin() ? "true" : "false", static_cast<int>(getMaxNumConnections()));
+    return text;
+}
+
+bool GraphNodePin::isConnected() const
+{
+    return !getInputConnections().isEmpty() || !getOutputConnections().isEmpty();
+}
+
+bool GraphNodePin::isFull() const
+{
+    return getNumConnections() >= maxNumConnections_;
+}
+
+void GraphNodePin::update() {}
+
+bool GraphNodePin::isBidirectionalPin() const
+{
+    return isInputPin() && isOutputPin();
+}
+
+Color4<float> GraphNodePin::getBorderColor()
+{
+    return borderColor_;
+}
+
+Color4<float> GraphNodePin::getColor()
+{
+    return color_;
+}
+
+void GraphNodePin::setBorderColor(Color4<float> const& color)
+{
+    borderColor_ = color;
+}
+
+void GraphNodePin::setColor(Color4<float> const& color)
+{
+    color_ = color;
+}
+
+KS_String GraphNodePin::getInfo()
+{
+    return KS_String();
+}
+
+KS_String GraphNodePin::getDescription()
+{
+    return KS_String();
+}
+
+KS_String GraphNodePin::asHTML()
+{
+    return KS_String();
+}
+
+void GraphNodePin::addInputConnection(GraphConnection* connection)
+{
+    if (connection == nullptr) return;
+    std::lock_guard const guard(lock_.mutex);
+    inputConnections_.append(connection);
+}
+
+void GraphNodePin::addOutputConnection(GraphConnection* connection)
+{
+    if (connection == nullptr) return;
+    std::lock_guard const guard(lock_.mutex);
+    outputConnections_.append(connection);
+}
+
+void GraphNodePin::removeInputConnection(GraphConnection* connection)
+{
+    std::lock_guard const guard(lock_.mutex);
+    inputConnections_.removeFast(connection);
+}
+
+void GraphNodePin::removeOutputConnection(GraphConnection* connection)
+{
+    std::lock_guard const guard(lock_.mutex);
+    outputConnections_.removeFast(connection);
+}
+
+bool GraphNodePin::allowsInternalConnections() const
+{
+    GraphNodeBase const* const node = getParentGraphNodePtr();
+    if (!isInputPin() || node == nullptr) return false;
+    ArrayOfPtr<GraphNodePin, KS_NO> inputs;
+    node->getInputPins(inputs);
+    return !inputs.isEmpty() && inputs[0] == this;
+}
+
+bool GraphNodePin::hasInternalConnections() const
+{
+    return false;
+}
+
+bool GraphNodePin::allowsNewOrRemovalOfInternalConnections() const
+{
+    return true;
+}
+
+bool GraphNodePin::internalConnections(ArrayOfPtr<GraphNodePin, KS_NO>& out) const
+{
+    return appendOutputPinsOfNode(out);
+}
+
+bool GraphNodePin::allowedInternalConnections(ArrayOfPtr<GraphNodePin, KS_NO>& out) const
+{
+    return appendOutputPinsOfNode(out);
+}
+
+bool GraphNodePin::appendOutputPinsOfNode(ArrayOfPtr<GraphNodePin, KS_NO>& out) const
+{
+    GraphNodeBase const* const node = getParentGraphNodePtr();
+    if (!isOutputPin() && node != nullptr) node->getOutputPins(out);
+    return !out.isEmpty();
+}
+
+GraphNodePin* GraphNodePin::forcedInternalConnection() const
+{
+    return nullptr;
+}
+
+void GraphNodePin::forcedInternalConnections(ArrayOfPtr<GraphNodePin, KS_NO>&) const {}
+
+void GraphNodePin::addInternalConnection(GraphNodePin*)
+{
+    ArrayOfPtr<GraphNodePin, KS_NO> allowed;
+    allowedInternalConnections(allowed);
+}
+
+void GraphNodePin::removeInternalConnection(GraphNodePin*)
+{
+    ArrayOfPtr<GraphNodePin, KS_NO> allowed;
+    allowedInternalConnections(allowed);
+}
+
+ArrayOfPtr<GraphConnection, KS_NO>& GraphNodePin::refInputConnections()
+{
+    return inputConnections_.expose();
+}
+
+void GraphNodePin::setInputConnections(ArrayOfPtr<GraphConnection, KS_NO> const& connections)
+{
+    inputConnections_.set(connections);
+}
+
+ArrayOfPtr<GraphConnection, KS_NO>& GraphNodePin::refOutputConnections()
+{
+    return outputConnections_.expose();
+}
+
+void GraphNodePin::setOutputConnections(ArrayOfPtr<GraphConnection, KS_NO> const& connections)
+{
+    outputConnections_.set(connections);
+}
+
+unsigned int GraphNodePin::getNumConnections() const
+{
+    return getNumConnections(bothDirections);
+}
+
+unsigned int GraphNodePin::getNumConnections(PinDirection const& direction) const
+{
+    return (direction.hasAny(PIN_INPUT) ? getInputConnections().size() : 0) +
+           (direction.hasAny(PIN_OUTPUT) ? getOutputConnections().size() : 0);
+}
+
+bool GraphNodePin::hasConnections() const
+{
+    return isConnected();
+}
+
+bool GraphNodePin::hasConnections(PinDirection const& direction) const
+{
+    return getNumConnections(direction) != 0;
+}
+
+bool GraphNodePin::getConnections(PinDirection const& direction, ArrayOfPtr<GraphConnection, KS_NO>& out,
+                                  bool const& includeImplicit) const
+{
+    if (includeImplicit)
+    {
+        if (direction.hasAny(PIN_INPUT)) appendAll(getInputConnections(), out);
+        if (direction.hasAny(PIN_OUTPUT)) appendAll(getOutputConnections(), out);
+        return !out.isEmpty();
+    }
+    // Without implicit connections the direction is not consulted. Hosts rely on getting both sides here.
+    auto const any = [](GraphConnection const*) { return true; };
+    visitConnections(*this, true, true, false, any, any, appendTo(out));
+    return !out.isEmpty();
+}
+
+bool GraphNodePin::getConnections(ArrayOfPtr<GraphConnection, KS_NO>& out, bool const& includeImplicit) const
+{
+    return getConnections(bothDirections, out, includeImplicit);
+}
+
+bool GraphNodePin::getConnectionsWithPin(GraphNodePin const* pin, ArrayOfPtr<GraphConnection, KS_NO>& out,
+                                         bool const& inputs, bool const& outputs,
+                                         bool const& includeImplicit) const
+{
+    visitConnectionsWithPin(*this, pin, inputs, outputs, includeImplicit, appendTo(out));
+    return !out.isEmpty();
+}
+
+bool GraphNodePin::getInputConnectionsWithPin(GraphNodePin const* pin,
+                                              ArrayOfPtr<GraphConnection, KS_NO>& out,
+                                              bool const& includeImplicit) const
+{
+    return getConnectionsWithPin(pin, out, true, false, includeImplicit);
+}
+
+bool GraphNodePin::getOutputConnectionsWithPin(GraphNodePin const* pin,
+                                               ArrayOfPtr<GraphConnection, KS_NO>& out,
+                                               bool const& includeImplicit) const
+{
+    return getConnectionsWithPin(pin, out, false, true, includeImplicit);
+}
+
+bool GraphNodePin::getConnectionsWithNode(GraphNodeBase const* node, ArrayOfPtr<GraphConnection, KS_NO>& out,
+                                          bool const& inputs, bool const& outputs,
+                                          bool const& includeImplicit) const
+{
+    visitConnectionsWithNode(*this, node, inputs, outputs, includeImplicit, appendTo(out));
+    return !out.isEmpty();
+}
+
+bool GraphNodePin::hasConnectionsWithPin(GraphNodePin const* pin, bool const& inputs, bool const& outputs,
+                                         bool const& includeImplicit) const
+{
+    bool found = false;
+    visitConnectionsWithPin(*this, pin, inputs, outputs, includeImplicit, noteIn(found));
+    return found;
+}
+
+bool GraphNodePin::hasInputConnectionsWithPin(GraphNodePin const* pin, bool const& includeImplicit) const
+{
+    return hasConnectionsWithPin(pin, true, false, includeImplicit);
+}
+
+bool GraphNodePin::hasOutputConnectionsWithPin(GraphNodePin const* pin, bool const& includeImplicit) const
+{
+    return hasConnectionsWithPin(pin, false, true, includeImplicit);
+}
+
+bool GraphNodePin::hasConnectionsWithNode(GraphNodeBase const* node, bool const& inputs, bool const& outputs,
+                                          bool const& includeImplicit) const
+{
+    bool found = false;
+    visitConnectionsWithNode(*this, node, inputs, outputs, includeImplicit, noteIn(found));
+    return found;
+}
+
+} // namespace kestrel::graph

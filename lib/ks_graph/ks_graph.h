@@ -1,0 +1,9 @@
+/// @file
+/// Everything of the library.
+#pragma once
+
+#include <ks_graph/GraphConnection.h>
+#include <ks_graph/GraphNodeBase.h>
+#include <ks_graph/GraphNodePin.h>
+#include <ks_graph/GraphScene.h>
+#include <ks_graph/Message.h>
