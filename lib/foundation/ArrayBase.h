@@ -21,7 +21,8 @@ namespace kestrel
 /// `removeFast` moves the last element into the gap, `removeAll` and `removeIf` keep the order.
 ///
 /// Values passed in may be elements of the list itself. No operation but `reserve`, `clear` and assignment
-/// ever gives memory back. When an allocation fails, the list is as it was before the call.
+/// ever gives memory back. When an allocation or the copy of an element fails, the list is as it was before
+/// the call, as long as elements move without failing.
 template <class Element>
 class ArrayBase
 {
@@ -183,12 +184,6 @@ public:
         unsigned int const kept = size_ < newCapacity ? size_ : newCapacity;
         replaceBlock(block, keep ? kept : 0);
         size_ = kept;
-    }
-
-    /// Makes sure that the next `append` cannot fail: grows a full block now, exactly as `append` would.
-    void reserveOneMore()
-    {
-        if (size_ == capacity_) reserve(checked(std::uint64_t{capacity_} + step()), true);
     }
 
     void swap(ArrayBase& other) noexcept

@@ -18,8 +18,9 @@ namespace
 // Texts up to this length are formatted without touching the heap first.
 constexpr std::size_t formatOnStack = 256;
 
-// A text that is read in grows by at least this much at a time.
-constexpr unsigned int readStep = 64u * 1024u;
+// A text that is read in grows by an eighth at a time, within these bounds.
+constexpr unsigned int smallestReadStep = 64u * 1024u;
+constexpr unsigned int largestReadStep = 4u * 1024u * 1024u;
 
 unsigned int checkedSize(std::uint64_t size)
 {
@@ -98,7 +99,17 @@ KS_String& KS_String::operator=(KS_String const& other)
 
 int KS_String::compare(KS_String const& other) const
 {
-    return std::strcmp(c_str(), other.c_str());
+    return compare(other.c_str());
+}
+
+int KS_String::compare(char const* other) const
+{
+    return std::strcmp(c_str(), other != nullptr ? other : "");
+}
+
+int KS_String::compare(std::string_view other) const
+{
+    return std::string_view(c_str()).compare(other.substr(0, other.find('\0')));
 }
 
 unsigned int KS_String::find(char wanted) const
@@ -274,7 +285,15 @@ bool KS_String::endWithNul()
 {
     if (data_[size_ - 1] == '\0') return true;
     if (size_ == 0xFFFFFFFFu) return false;
-    if (size_ == capacity_) regrowBlock(capacity_ + 1);
+    try
+    {
+        if (size_ == capacity_) regrowBlock(capacity_ + 1);
+    }
+    catch (std::bad_alloc const&)
+    {
+        becomeEmpty(); // never left without a NUL
+        throw;
+    }
     ++size_;
     data_[size_ - 1] = '\0';
     return true;
@@ -286,7 +305,7 @@ unsigned int KS_String::makeRoomToRead(unsigned int total)
 {
     if (capacity_ < total && size_ + 1 >= capacity_)
     {
-        unsigned int const step = std::max(readStep, size_ / 8);
+        unsigned int const step = std::clamp(size_ / 8, smallestReadStep, largestReadStep);
         regrowBlock(total - size_ > step ? size_ + step : total);
     }
     return std::min(capacity_, total) - size_;

@@ -4,6 +4,7 @@
 #include <foundation/foundation_api.h>
 
 #include <cassert>
+#include <compare>
 #include <cstddef>
 #include <initializer_list>
 #include <string_view>
@@ -22,7 +23,8 @@ namespace kestrel
 /// by many appends reallocates at every one. `reserve` first, or build long texts elsewhere.
 ///
 /// A null `const char*` reads as the empty text. Arguments may point into the text itself. A moved-from text
-/// reads as the empty text and may be used again. When an allocation fails, the text is as it was before.
+/// reads as the empty text and may be used again. When an allocation fails, the text is as it was before, or
+/// empty if it was being read.
 class KS_FOUNDATION_API KS_String
 {
 public:
@@ -89,6 +91,11 @@ public:
     bool operator>(KS_String const& other) const { return compare(other) > 0; }
     bool operator<=(KS_String const& other) const { return compare(other) <= 0; }
     bool operator>=(KS_String const& other) const { return compare(other) >= 0; }
+
+    bool operator==(std::string_view other) const { return compare(other) == 0; }
+    bool operator==(char const* other) const { return compare(other) == 0; }
+    std::strong_ordering operator<=>(std::string_view other) const { return compare(other) <=> 0; }
+    std::strong_ordering operator<=>(char const* other) const { return compare(other) <=> 0; }
 
     /// Index of the first, or last, such byte in front of the first NUL; `npos` if there is none. Searching
     /// for NUL finds the first one.
@@ -168,6 +175,8 @@ public:
 
 private:
     int compare(KS_String const& other) const;
+    int compare(std::string_view other) const;
+    int compare(char const* other) const;
     KS_String(std::string_view text, unsigned int capacity);
     void append(std::string_view bytes);
     void replaceBy(std::string_view bytes);

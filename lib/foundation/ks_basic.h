@@ -66,3 +66,5 @@ struct KS_ErrorRecord
 inline constexpr KS_ErrorRecord errorTooOld{1, 1, 0, "Error not in list because too old"};
 
 } // namespace kestrel
+
+#include <foundation/KS_Class.h> // KS_MetaClass<KS_Class> makes objects of it

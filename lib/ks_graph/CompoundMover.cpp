@@ -38,7 +38,7 @@ void takeFreeName(GraphNodeBase& node, GraphNodeBase& newOwner)
 
 } // namespace
 
-void reparent(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes, GraphNodeBase* newOwner, PinRenames& renames)
+void reparent(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes, GraphNodeBase* newOwner, RenameRecord& renames)
 {
     for (GraphNodeBase* const node : nodes)
     {
@@ -108,8 +108,9 @@ BoundaryRewirer::Pair BoundaryRewirer::makePair(PinDirection direction, GraphNod
     }
     GraphNodeBase* interfaceNode = nullptr;
     scene_.addCompoundInterfaceNode(direction, compound_, interfaceNode, pair.compoundPin, pair.interfacePin);
+    if (interfaceNode == nullptr) return pair;
     results_.newInterfaceNodes.append(interfaceNode);
-    interfaces[listedNode] = interfaceNode;
+    interfaces.emplace(listedNode, interfaceNode);
     return pair;
 }
 
@@ -183,13 +184,13 @@ void CompoundExit::connectDirectly(GraphConnection* connection)
 // The pins that stand behind a pin: itself or, for an interface pin, what its compound pin was wired to.
 ArrayOfPtr<GraphNodePin, KS_NO> CompoundExit::resolve(GraphNodePin* pin) const
 {
-    if (pin->isInterfacePin())
+    if (pin != nullptr && pin->isInterfacePin())
     {
         auto const partners = outsidePartners_.find(pin->getParentGraphNodePinPtr());
         return partners != outsidePartners_.end() ? partners->second : ArrayOfPtr<GraphNodePin, KS_NO>();
     }
     ArrayOfPtr<GraphNodePin, KS_NO> itself;
-    itself.append(pin);
+    if (pin != nullptr) itself.append(pin);
     return itself;
 }
 

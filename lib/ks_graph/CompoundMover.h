@@ -12,12 +12,12 @@
 namespace kestrel::graph
 {
 
-using PinRenames = std::map<KS_String, KS_String>;
+using RenameRecord = std::map<KS_String, KS_String>;
 using InterfaceOfNode = std::map<GraphNodeBase*, GraphNodeBase*>;
 
 /// Gives each node, but for interface nodes, a new owner, and a free name where its own is taken there.
 /// Enters each of its pins into `renames`, new full name to old one; an entry that is there stays.
-void reparent(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes, GraphNodeBase* newOwner, PinRenames& renames);
+void reparent(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes, GraphNodeBase* newOwner, RenameRecord& renames);
 
 /// Leads connections that cross the boundary of a compound through pairs of pins.
 class BoundaryRewirer
@@ -65,7 +65,7 @@ class CompoundExit
 public:
     struct Results
     {
-        PinRenames& pinRenames;
+        RenameRecord& pinRenames;
         Array<GraphConnection, _Wa>& removedOuterConnections;
         Array<GraphConnection, _Wa>& removedConnections;
         ArrayOfPtr<GraphConnection, KS_NO>& newConnections;

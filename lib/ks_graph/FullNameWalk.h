@@ -5,6 +5,7 @@
 #include <ks_graph/GraphScene.h>
 
 #include <map>
+#include <utility>
 
 namespace kestrel::graph
 {
@@ -18,41 +19,41 @@ namespace kestrel::graph
 class GraphScene::FullNameWalk
 {
 public:
-    FullNameWalk(std::map<unsigned int, GraphNodeBase*> const& nodes, KS_String const& prefix)
-        : nodes_(nodes), prefix_(prefix)
+    FullNameWalk(GraphScene const& scene, KS_String const& prefix)
+        : scene_(scene), prefix_(prefix), version_(scene.registryVersion_)
     {}
 
-    bool covers(KS_String const& fullName) const { return fullName.startsWith(prefix_); }
+    /// Whether `find` may answer: the name begins with the prefix, and nothing has changed since the walk
+    /// began.
+    bool covers(KS_String const& fullName) const { return isCurrent() && fullName.startsWith(prefix_); }
 
-    /// The first node, by id, of that full name, or null. REQUIRES: `covers(fullName)`.
-    GraphNodeBase* find(KS_String const& fullName)
+    /// The first node, by id, of that full name, or null. False when asking the nodes for their names has
+    /// changed them: then only a new walk can tell. REQUIRES: `covers(fullName)`.
+    bool find(KS_String const& fullName, GraphNodeBase*& found)
     {
         auto const seen = seen_.find(fullName);
-        if (seen != seen_.end()) return seen->second;
-        for (auto next = begun_ ? nodes_.upper_bound(lastId_) : nodes_.begin(); next != nodes_.end();
-             next = nodes_.upper_bound(lastId_))
+        found = seen != seen_.end() ? seen->second : nullptr;
+        while (found == nullptr)
         {
+            auto const next = begun_ ? scene_.nodesById_.upper_bound(lastId_) : scene_.nodesById_.begin();
+            if (next == scene_.nodesById_.end()) return true;
             begun_ = true;
             lastId_ = next->first;
             GraphNodeBase* const node = next->second;
             KS_String name = node->getFullName();
-            if (!covers(name)) continue;
-            auto const entry = seen_.emplace(std::move(name), node).first;
-            if (entry->second == node && entry->first == fullName) return node;
+            if (!isCurrent()) return false;
+            if (name == fullName) found = node;
+            if (name.startsWith(prefix_)) seen_.emplace(std::move(name), node);
         }
-        return nullptr;
-    }
-
-    /// Forgets everything: the nodes or their names have changed.
-    void restart()
-    {
-        seen_.clear();
-        begun_ = false;
+        return true;
     }
 
 private:
-    std::map<unsigned int, GraphNodeBase*> const& nodes_;
+    bool isCurrent() const { return version_ == scene_.registryVersion_; }
+
+    GraphScene const& scene_;
     KS_String prefix_;
+    unsigned int version_;
     std::map<KS_String, GraphNodeBase*> seen_;
     unsigned int lastId_ = 0;
     bool begun_ = false;

@@ -10,12 +10,12 @@ namespace kestrel::graph
 
 class GraphNodeBase;
 class GraphNodePin;
-class GraphScene;
 
 /// One directed link from an output pin, the source, to an input pin, the target: two pointers and a flag.
 ///
 /// A connection that a scene made (`GraphScene::connect`) belongs to that scene, which deletes it in
-/// `removeConnection`. Any other one is a plain value that nobody lists. The pins are never owned.
+/// `removeConnection`. Any other one is a plain value: whoever enters it into its pins' lists takes
+/// it out again, since neither destruction nor assignment does. The pins are never owned.
 ///
 /// A connection is connected when both pins are set, the source has the output bit and the target the input
 /// bit. One that is not is a loop of nothing and links no nodes, nor does one whose pins have no node. Every
@@ -117,16 +117,12 @@ public:
     /// @}
 
 private:
-    friend class GraphScene;
-
     bool recursiveSearch(GraphNodeBase const& node, GraphNodeBase const& other,
                          bool const& childIsSource) const;
 
     GraphNodePin* sourcePin_ = nullptr;
     GraphNodePin* targetPin_ = nullptr;
     bool implicit_ = false;
-    // Where the scene last saw the connection in its array. A hint: the scene checks it before it trusts it.
-    unsigned int sceneIndex_ = 0;
 };
 
 } // namespace kestrel::graph

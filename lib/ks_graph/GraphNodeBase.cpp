@@ -7,7 +7,6 @@
 #include <ks_graph/GraphScene.h>
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <new>
 #include <string>
@@ -43,21 +42,43 @@ bool hasPinOfDirection(ArrayOfPtr<GraphNodePin, KS_NO> const& pins, PinDirection
                        { return pin->getDirection().hasAny(direction); });
 }
 
-// Pairs own pins, in the outer loop, with other pins. Without `out` the first allowed pair decides.
-template <class OtherPins, class IsAllowed>
-bool pairPins(ArrayOfPtr<GraphNodePin, KS_NO> const& ownPins, OtherPins const& otherPins, IsAllowed isAllowed,
+// Pairs own pins, in the outer loop, with other pins. Without `out` the first allowed pair decides. Walks by
+// index, up to the counts at the start: `out` may be one of the two lists.
+template <class IsAllowed>
+bool pairPins(ArrayOfPtr<GraphNodePin, KS_NO> const& ownPins,
+              ArrayOfPtr<GraphNodePin, KS_NO> const& otherPins, IsAllowed isAllowed,
               ArrayOfPtr<GraphNodePin, KS_NO>* out)
 {
     bool anyAllowed = false;
-    for (GraphNodePin* const own : ownPins)
+    unsigned int const ownCount = ownPins.size();
+    unsigned int const otherCount = otherPins.size();
+    for (unsigned int i = 0; i < ownCount; ++i)
     {
-        for (GraphNodePin const* const other : otherPins)
+        GraphNodePin* const own = ownPins[i];
+        for (unsigned int j = 0; j < otherCount; ++j)
         {
-            if (!isAllowed(own, other)) continue;
+            if (!isAllowed(own, otherPins[j])) continue;
             if (out == nullptr) return true;
             anyAllowed = true;
             out->append(own);
         }
+    }
+    return anyAllowed;
+}
+
+// The own pins that are allowed with the one given pin, appended.
+template <class IsAllowed>
+bool pairWithPin(ArrayOfPtr<GraphNodePin, KS_NO> const& ownPins, GraphNodePin const* pin, IsAllowed isAllowed,
+                 ArrayOfPtr<GraphNodePin, KS_NO>& out)
+{
+    bool anyAllowed = false;
+    unsigned int const count = ownPins.size();
+    for (unsigned int i = 0; i < count; ++i)
+    {
+        GraphNodePin* const own = ownPins[i];
+        if (!isAllowed(own, pin)) continue;
+        anyAllowed = true;
+        out.append(own);
     }
     return anyAllowed;
 }
@@ -124,6 +145,12 @@ bool anyMessage(GraphNodeBase const& node, Predicate predicate)
 }
 
 } // namespace
+
+struct GraphNodeBase::ChildRenames
+{
+    GraphScene* scene;
+    GraphScene::PinRenames pins;
+};
 
 // Where a node stands among its owner's children, so that a move that fails can be taken back.
 class GraphNodeBase::PlaceInTree
@@ -281,7 +308,7 @@ bool GraphNodeBase::allowsConnectionFrom(GraphNodePin const* pin) const
 
 bool GraphNodeBase::allowsConnectionFrom(GraphNodePin const* pin, ArrayOfPtr<GraphNodePin, KS_NO>& out) const
 {
-    return pin != nullptr && pairPins(nodePins_, std::array{pin}, otherAllowsTo, &out);
+    return pin != nullptr && pairWithPin(nodePins_, pin, otherAllowsTo, out);
 }
 
 bool GraphNodeBase::allowsConnectionFrom(GraphNodeBase const* node) const
@@ -303,7 +330,7 @@ bool GraphNodeBase::allowsConnectionTo(GraphNodePin const* pin) const
 
 bool GraphNodeBase::allowsConnectionTo(GraphNodePin const* pin, ArrayOfPtr<GraphNodePin, KS_NO>& out) const
 {
-    return pin != nullptr && pairPins(nodePins_, std::array{pin}, otherAllowsFrom, &out);
+    return pin != nullptr && pairWithPin(nodePins_, pin, otherAllowsFrom, out);
 }
 
 bool GraphNodeBase::allowsConnectionTo(GraphNodeBase const* node) const
@@ -319,14 +346,19 @@ bool GraphNodeBase::allowsConnectionTo(GraphNodeBase const* node, ArrayOfPtr<Gra
 KS_String GraphNodeBase::getFullName()
 {
     GraphNodeBase* const owner = isRoot() ? nullptr : getNodeOwner();
-    if (owner == nullptr) return upToFirstNul(getName());
+    if (owner == nullptr) return getName();
     KS_String fullName = owner->getFullName();
-    // A node of this very class has no override of getName: the copy that it would return can be saved.
-    if (typeid(*this) == typeid(GraphNodeBase))
+    if (isOfThisClass())
         appendDotted(fullName, name_);
     else
         appendDotted(fullName, getName());
     return fullName;
+}
+
+// A node of this very class overrides nothing: the copy that its getName would return can be saved.
+bool GraphNodeBase::isOfThisClass() const
+{
+    return typeid(*this) == typeid(GraphNodeBase);
 }
 
 KS_String GraphNodeBase::getName()
@@ -389,9 +421,10 @@ void GraphNodeBase::setNodeOwner(GraphNodeBase* newOwner)
     }
     PlaceInTree const place(*this);
     newOwner->addNode(this);
+    std::vector<ChildRenames> renames;
     try
     {
-        refreshChildren(oldFullNames);
+        renames = renamesOfChildren(oldFullNames);
     }
     catch (std::bad_alloc const&)
     {
@@ -401,18 +434,23 @@ void GraphNodeBase::setNodeOwner(GraphNodeBase* newOwner)
         place.restore(*newOwner);
         throw;
     }
+    for (ChildRenames& child : renames) child.scene->rekeyPins(child.pins);
 }
 
-// Tells the scene of the direct children's new full names.
-void GraphNodeBase::refreshChildren(std::vector<KS_String> const& oldFullNames)
+// What the scenes of the direct children have to be told of their new full names.
+std::vector<GraphNodeBase::ChildRenames> GraphNodeBase::renamesOfChildren(
+    std::vector<KS_String> const& oldFullNames)
 {
+    std::vector<ChildRenames> renames;
     for (unsigned int i = 0; i < nodes_.size() && i < oldFullNames.size(); ++i)
     {
         GraphNodeBase* const child = nodes_[i];
         GraphScene* const scene = child->getGraphScene();
         if (scene != nullptr)
-            scene->updateReparentedNodeInMapByFullName(child, oldFullNames[i], child->getFullName());
+            renames.push_back(
+                {scene, GraphScene::pinRenamesBelow(child, oldFullNames[i], child->getFullName())});
     }
+    return renames;
 }
 
 bool GraphNodeBase::isRoot() const
@@ -451,12 +489,10 @@ void GraphNodeBase::addNode(GraphNodeBase* child)
     putBack.dismiss();
 }
 
-// Whether this node is `node` or lies below it. A node without children has nothing below it.
+// Whether this node is `node` or lies below it. Owners decide: a child list may have been emptied.
 bool GraphNodeBase::isAtOrBelow(GraphNodeBase const& node) const
 {
-    if (this == &node) return true;
-    if (node.nodes_.isEmpty()) return false;
-    for (GraphNodeBase const* above = getNodeOwner(); above != nullptr; above = above->getNodeOwner())
+    for (GraphNodeBase const* above = this; above != nullptr; above = above->getNodeOwner())
         if (above == &node) return true;
     return false;
 }
@@ -470,14 +506,11 @@ void GraphNodeBase::removeNode(GraphNodeBase* child)
 
 GraphNodeBase* GraphNodeBase::getNodeByName(KS_String const& name, bool const& caseSensitive)
 {
-    auto const child = std::find_if(nodes_.begin(), nodes_.end(),
-                                    [&](GraphNodeBase* candidate)
-                                    {
-                                        KS_String const candidateName = candidate->getName();
-                                        return caseSensitive ? candidateName == name
-                                                             : equalIgnoringCase(candidateName, name);
-                                    });
-    return child != nodes_.end() ? *child : nullptr;
+    auto const isWanted = [&](KS_String const& childName)
+    { return caseSensitive ? childName == name : equalIgnoringCase(childName, name); };
+    for (GraphNodeBase* const child : nodes_)
+        if (child->isOfThisClass() ? isWanted(child->name_) : isWanted(child->getName())) return child;
+    return nullptr;
 }
 
 void GraphNodeBase::clearNodesArray()
@@ -575,10 +608,10 @@ KS_String GraphNodeBase::asHTML()
 {
     KS_String description = getDescription();
     description.replace("\n", "</p><p>");
-    std::string_view text = cText(description);
-    if (!text.empty() && text.back() == '.') text.remove_suffix(1);
-    return KS_String::concatenated(
-        {"<html><head/><body><p/>", "<h3>Description</h3>", "<p>", text, ".</p>", "<p/></body></html>"});
+    unsigned int const length = description.length();
+    if (length != 0 && description[length - 1] == '.') description = description.left(length - 1);
+    return KS_String::concatenated({"<html><head/><body><p/>", "<h3>Description</h3>", "<p>",
+                                    cText(description), ".</p>", "<p/></body></html>"});
 }
 
 unsigned int GraphNodeBase::getNumberOfThreads() const
@@ -717,13 +750,14 @@ bool GraphNodeBase::removeNodePin(GraphNodePin* pin)
     return removed;
 }
 
+// Allocates nothing: destructors call it.
 void GraphNodeBase::destroyNodePins()
 {
-    ArrayOfPtr<GraphNodePin, KS_NO> pins(nodePins_);
-    removeRepeats(pins);
-    for (GraphNodePin* const pin : pins)
+    while (!nodePins_.isEmpty())
     {
+        GraphNodePin* const pin = nodePins_[0];
         removeNodePin(pin);
+        nodePins_.removeAll(pin); // also when an override has left it there
         delete pin;
     }
 }

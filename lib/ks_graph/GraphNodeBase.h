@@ -42,7 +42,8 @@ public:
     explicit GraphNodeBase(unsigned int const& id);
 
     /// Copies every field as it stands, the pointers to pins, children, owner and scene too, and tells
-    /// nobody: the copy is in no list.
+    /// nobody: the copy is in no list. Empty its own lists before it is placed in the tree, where its
+    /// children still belong to the original.
     GraphNodeBase(GraphNodeBase const& other);
     GraphNodeBase& operator=(GraphNodeBase const& other);
 
@@ -139,10 +140,12 @@ public:
 
     /// @name Place in the scene and in the tree
     /// @{
+    /// Null for a node that was never added to a scene.
     virtual GraphScene* getGraphScene() const;
     /// Only stores the pointer; `GraphScene::addNodeToGraph` calls it. A node that is removed from its scene
     /// keeps it.
     virtual void setGraphScene(GraphScene* scene);
+    /// Null for a root and for a node that is not placed yet.
     virtual GraphNodeBase* getNodeOwner() const;
     /// Moves the node, and all below it, to the end of the new owner's children, and re-keys their pins in
     /// the scene. Null takes it out of its owner's children and re-keys nothing: the scene's pins keep the
@@ -152,7 +155,7 @@ public:
     /// Whether it has no owner.
     virtual bool isRoot() const;
     /// Whether `node` is the owner; with `recursive`, the owner or an owner above it. A root is owned by
-    /// null.
+    /// null, and so, with `recursive`, is every node below it.
     virtual bool isOwnedByNode(GraphNodeBase* node, bool const& recursive) const;
     virtual bool isUpdating() const;
     /// @}
@@ -229,7 +232,8 @@ public:
     /// A host that reports messages overrides `getMessages(Array<Message, _Wa>&)`; the first three and
     /// `getMessagesAsStrings` follow from it. The base reports three sample messages, an error, a warning and
     /// an info, so a node class that does not override it has errors and warnings. Handlers are another
-    /// matter: the base's two are empty, shared by all nodes, and not the same object.
+    /// matter: the base's two are empty, shared by all nodes of the process, and not the same object; a host
+    /// that fills `refMessages` gives each node its own.
     /// @{
     virtual bool hasErrors() const;
     virtual bool hasWarnings() const;
@@ -255,7 +259,8 @@ public:
 
 protected:
     /// @name The lists and the owner field, for the operations above and for a host's own
-    /// They check nothing and tell nobody.
+    /// They check nothing and tell nobody. An override of a removal or of `setNodeOwnerBase` does not throw:
+    /// a move that fails half-way calls it.
     /// @{
     virtual void addPinToList(GraphNodePin* pin);
     /// Removes every equal entry and keeps the order; false if there was none.
@@ -342,10 +347,12 @@ public:
 
 private:
     class PlaceInTree;
+    struct ChildRenames;
 
     bool isAtOrBelow(GraphNodeBase const& node) const;
-    void refreshChildren(std::vector<KS_String> const& oldFullNames);
+    std::vector<ChildRenames> renamesOfChildren(std::vector<KS_String> const& oldFullNames);
     GraphNodePin* addDynamicPin(PinDirection direction);
+    bool isOfThisClass() const;
 
     ArrayOfPtr<GraphNodePin, KS_NO> nodePins_;
     unsigned int id_ = 0xFFFFFFFFu;

@@ -1,5 +1,6 @@
 #include <ks_graph/GraphNodePin.h>
 
+#include "ConnectionIndex.h"
 #include "Names.h"
 #include "PointerSet.h"
 #include "ScopeExit.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <new>
-#include <unordered_map>
 #include <utility>
 
 namespace kestrel::graph
@@ -19,7 +19,7 @@ namespace kestrel::graph
 namespace
 {
 
-constexpr PinDirection bothDirections = PIN_INPUT | PIN_OUTPUT;
+constexpr PinDirection inputAndOutput = PIN_INPUT | PIN_OUTPUT;
 
 bool isLeftOut(GraphConnection const* connection, bool includeImplicit)
 {
@@ -55,6 +55,7 @@ template <class Visit>
 void visitConnectionsWithPin(GraphNodePin const& pin, GraphNodePin const* other, bool inputs, bool outputs,
                              bool includeImplicit, Visit visit)
 {
+    if (other == nullptr) return;
     visitConnections(
         pin, inputs, outputs, includeImplicit,
         [other](GraphConnection const* connection) { return connection->getSourcePin() == other; },
@@ -65,6 +66,7 @@ template <class Visit>
 void visitConnectionsWithNode(GraphNodePin const& pin, GraphNodeBase const* node, bool inputs, bool outputs,
                               bool includeImplicit, Visit visit)
 {
+    if (node == nullptr) return;
     visitConnections(
         pin, inputs, outputs, includeImplicit,
         [node](GraphConnection const* connection) { return connection->getSourceNode() == node; },
@@ -91,51 +93,6 @@ auto noteIn(bool& found)
 
 } // namespace
 
-// Where each connection of a long list stands, so that a removal need not search. A connection that stands
-// there more than once is searched all the same: its first entry has to go.
-class GraphNodePin::ConnectionList::Positions
-{
-public:
-    // Below this length a search is faster than the index. The index goes at half of it, so that a list that
-    // swings around the limit does not build one at every turn.
-    static constexpr unsigned int longList = 64;
-
-    explicit Positions(ArrayOfPtr<GraphConnection, KS_NO> const& list)
-    {
-        for (unsigned int i = 0; i < list.size(); ++i) added(list[i], i);
-    }
-
-    void added(GraphConnection const* connection, unsigned int index)
-    {
-        auto const [entry, isNew] = positions_.emplace(connection, index);
-        if (!isNew) entry->second = repeated;
-    }
-
-    unsigned int find(ArrayOfPtr<GraphConnection, KS_NO> const& list, GraphConnection const* connection) const
-    {
-        auto const entry = positions_.find(connection);
-        if (entry == positions_.end()) return list.npos;
-        return entry->second != repeated ? entry->second : list.find(connection);
-    }
-
-    void removed(GraphConnection const* connection)
-    {
-        auto const entry = positions_.find(connection);
-        if (entry != positions_.end() && entry->second != repeated) positions_.erase(entry);
-    }
-
-    void moved(GraphConnection const* connection, unsigned int index)
-    {
-        unsigned int& position = positions_.at(connection);
-        if (position != repeated) position = index;
-    }
-
-private:
-    static constexpr unsigned int repeated = 0xFFFFFFFFu;
-
-    std::unordered_map<GraphConnection const*, unsigned int> positions_;
-};
-
 GraphNodePin::ConnectionList::ConnectionList() = default;
 
 GraphNodePin::ConnectionList::ConnectionList(ConnectionList const& other) : connections_(other.connections_)
@@ -153,54 +110,54 @@ GraphNodePin::ConnectionList::~ConnectionList() = default;
 ArrayOfPtr<GraphConnection, KS_NO>& GraphNodePin::ConnectionList::expose()
 {
     exposed_ = true;
-    positions_.reset();
+    index_.reset();
     return connections_;
 }
 
 void GraphNodePin::ConnectionList::set(ArrayOfPtr<GraphConnection, KS_NO> const& connections)
 {
-    positions_.reset();
+    index_.reset();
     connections_ = connections;
 }
 
 void GraphNodePin::ConnectionList::append(GraphConnection* connection)
 {
     connections_.append(connection);
-    if (!positions_) return;
+    if (!index_) return;
     try
     {
-        positions_->added(connection, connections_.size() - 1);
+        index_->added(connections_, connections_.size() - 1);
     }
     catch (std::bad_alloc const&)
     {
-        positions_.reset(); // the list is right; only the short cut is lost
+        index_.reset(); // the list is right; only the short cut is lost
     }
 }
 
 void GraphNodePin::ConnectionList::removeFast(GraphConnection* connection)
 {
-    if (connections_.size() < Positions::longList / 2)
+    prepareIndex();
+    unsigned int const position =
+        index_ ? index_->find(connections_, connection) : connections_.find(connection);
+    if (position == connections_.npos) return;
+    connections_.removeFastAt(position);
+    if (index_) index_->removed(connections_, connection, position);
+}
+
+// The index goes at half the length at which it comes, so that a list that swings around the limit does not
+// build one at every turn.
+void GraphNodePin::ConnectionList::prepareIndex()
+{
+    if (connections_.size() < ConnectionIndex::longList / 2) index_.reset();
+    if (index_ || exposed_ || connections_.size() < ConnectionIndex::longList) return;
+    try
     {
-        positions_.reset();
+        index_ = std::make_unique<ConnectionIndex>(connections_);
     }
-    else if (!positions_ && !exposed_ && connections_.size() >= Positions::longList)
+    catch (std::bad_alloc const&)
     {
-        try
-        {
-            positions_ = std::make_unique<Positions>(connections_);
-        }
-        catch (std::bad_alloc const&)
-        {
-            // A removal never fails: without memory for the index, the list is searched.
-        }
+        // A removal never fails: without memory for the index, the list is searched.
     }
-    unsigned int const index =
-        positions_ ? positions_->find(connections_, connection) : connections_.find(connection);
-    if (index == connections_.npos) return;
-    connections_.removeFastAt(index);
-    if (!positions_) return;
-    positions_->removed(connection);
-    if (index < connections_.size()) positions_->moved(connections_[index], index);
 }
 
 GraphNodePin::GraphNodePin()
@@ -328,7 +285,8 @@ KS_String GraphNodePin::getFullName()
     return node != nullptr ? dottedName(node->getFullName(), getName()) : getName();
 }
 
-// What can fail comes before the scene's map changes; a failure gives the old name back.
+// Everything that can fail comes before the scene's map changes, and gives the old name back. So the new full
+// name is taken before the parent pin is renamed: nothing after that step may fail.
 void GraphNodePin::setName(KS_String const& name)
 {
     KS_String const oldFullName = getFullName();
@@ -336,10 +294,10 @@ void GraphNodePin::setName(KS_String const& name)
     name_.swap(other);
     ScopeExit restoreName([this, &other] { name_.swap(other); });
     KS_String newFullName = getFullName();
+    GraphScene* const scene = getParentGraphScenePtr();
     GraphNodePin* const parentPin = isInterfacePin() ? getParentGraphNodePinPtr() : nullptr;
     if (parentPin != nullptr) parentPin->setName(name);
     restoreName.dismiss();
-    GraphScene* const scene = getParentGraphScenePtr();
     if (scene != nullptr && newFullName != oldFullName) scene->rekeyPin(oldFullName, std::move(newFullName));
 }
 
@@ -508,7 +466,7 @@ void GraphNodePin::setOutputConnections(ArrayOfPtr<GraphConnection, KS_NO> const
 
 unsigned int GraphNodePin::getNumConnections() const
 {
-    return getNumConnections(bothDirections);
+    return getNumConnections(inputAndOutput);
 }
 
 unsigned int GraphNodePin::getNumConnections(PinDirection const& direction) const
@@ -544,7 +502,7 @@ bool GraphNodePin::getConnections(PinDirection const& direction, ArrayOfPtr<Grap
 
 bool GraphNodePin::getConnections(ArrayOfPtr<GraphConnection, KS_NO>& out, bool const& includeImplicit) const
 {
-    return getConnections(bothDirections, out, includeImplicit);
+    return getConnections(inputAndOutput, out, includeImplicit);
 }
 
 bool GraphNodePin::getConnectionsWithPin(GraphNodePin const* pin, ArrayOfPtr<GraphConnection, KS_NO>& out,

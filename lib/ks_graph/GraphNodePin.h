@@ -14,6 +14,7 @@
 namespace kestrel::graph
 {
 
+class ConnectionIndex;
 class GraphConnection;
 class GraphNodeBase;
 class GraphNodePin;
@@ -156,6 +157,7 @@ public:
     /// @{
     virtual void addInputConnection(GraphConnection* connection);
     virtual void addOutputConnection(GraphConnection* connection);
+    /// An override of a removal does not throw: a `connect` that fails half-way calls it.
     virtual void removeInputConnection(GraphConnection* connection);
     virtual void removeOutputConnection(GraphConnection* connection);
     /// @}
@@ -194,6 +196,7 @@ public:
     unsigned int const& getMaxNumConnections() const { return maxNumConnections_; }
     void setMaxNumConnections(unsigned int const& count) { maxNumConnections_ = count; }
 
+    /// Connections that are there stay when the direction changes, though they may no longer be connected.
     PinDirection const& getDirection() const { return direction_; }
     void setDirection(PinDirection const& direction) { direction_ = direction; }
 
@@ -272,10 +275,10 @@ private:
         void removeFast(GraphConnection* connection);
 
     private:
-        class Positions;
+        void prepareIndex();
 
         ArrayOfPtr<GraphConnection, KS_NO> connections_;
-        std::unique_ptr<Positions> positions_;
+        std::unique_ptr<ConnectionIndex> index_;
         bool exposed_ = false;
     };
 

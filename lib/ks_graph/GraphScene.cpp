@@ -1,6 +1,7 @@
 #include <ks_graph/GraphScene.h>
 
 #include "CompoundMover.h"
+#include "ConnectionIndex.h"
 #include "FullNameWalk.h"
 #include "Names.h"
 #include "PointerSet.h"
@@ -34,7 +35,7 @@ namespace
 
 constexpr unsigned int invalidId = 0xFFFFFFFFu;
 constexpr unsigned int unlimitedConnections = 0xFFFFFFFFu;
-constexpr PinDirection bothDirections = PIN_INPUT | PIN_OUTPUT;
+constexpr PinDirection inputAndOutput = PIN_INPUT | PIN_OUTPUT;
 constexpr Color4<float> defaultNodeColor(0.6f, 0.7f, 0.8f, 1.0f);
 
 // Ids of pins are unique in the process: scenes may exchange pins.
@@ -51,14 +52,6 @@ void removeFullPins(ArrayOfPtr<GraphNodePin, KS_NO>& pins)
     pins.removeIf([](GraphNodePin const* pin) { return pin != nullptr && pin->isFull(); });
 }
 
-// The result of a question for connectable pins.
-bool connectablePins(bool allowed, ArrayOfPtr<GraphNodePin, KS_NO>& pins, bool excludeFull)
-{
-    if (!excludeFull) return allowed;
-    removeFullPins(pins);
-    return !pins.isEmpty();
-}
-
 // Fills a map with each pin of the node and what `gather` finds for it.
 template <class List, class Gather>
 void gatherByPin(GraphNodeBase const* node, std::map<GraphNodePin*, List>& out, Gather gather)
@@ -71,11 +64,12 @@ void gatherByPin(GraphNodeBase const* node, std::map<GraphNodePin*, List>& out, 
 }
 
 // Each node before its children. A list of open nodes instead of recursion: a tree may be deeper than the
-// stack.
+// stack. A child list may hold nodes of another owner, so lists may form a ring: such a node is entered once.
 template <class Enters>
 ArrayOfPtr<GraphNodeBase, KS_NO> walkTree(GraphNodeBase* top, Enters enters)
 {
     ArrayOfPtr<GraphNodeBase, KS_NO> walked;
+    PointerSet<GraphNodeBase> strangers;
     std::vector<GraphNodeBase*> open{top};
     while (!open.empty())
     {
@@ -84,9 +78,11 @@ ArrayOfPtr<GraphNodeBase, KS_NO> walkTree(GraphNodeBase* top, Enters enters)
         if (!enters(node)) continue;
         walked.append(node);
         ArrayOfPtr<GraphNodeBase, KS_NO> const& children = node->getNodes();
-        open.insert(open.end(), std::make_reverse_iterator(children.end()),
-                    std::make_reverse_iterator(children.begin()));
+        for (unsigned int i = children.size(); i-- > 0;)
+            if (children[i]->getNodeOwner() == node || strangers.insert(children[i]))
+                open.push_back(children[i]);
     }
+    if (!strangers.isEmpty()) removeRepeats(walked);
     return walked;
 }
 
@@ -107,7 +103,15 @@ std::unique_ptr<GraphNodeBase> newNode(unsigned int id)
 GraphScene::GraphScene() : id_(std::atomic_ref(lastUsedId_).fetch_add(1) + 1) {}
 
 GraphScene::GraphScene(GraphScene const& other) = default;
-GraphScene& GraphScene::operator=(GraphScene const& other) = default;
+GraphScene::GraphScene(GraphScene&& other) = default;
+GraphScene& GraphScene::operator=(GraphScene&& other) = default;
+
+// A copy that fails leaves this scene as it was.
+GraphScene& GraphScene::operator=(GraphScene const& other)
+{
+    return *this = GraphScene(other);
+}
+
 GraphScene::~GraphScene() = default;
 
 // ---- Looking up ----
@@ -122,8 +126,9 @@ GraphNodeBase* GraphScene::getNodePtrById(unsigned int const& id) const
 GraphNodeBase* GraphScene::getNodePtrByFullName(KS_String const& name) const
 {
     if (rootNode_ != nullptr && rootNode_->getFullName() == name) return rootNode_;
-    FullNameWalk* const walk = currentWalk_.walk;
-    if (walk != nullptr && walk->covers(name)) return walk->find(name);
+    FullNameWalk* const walk = currentWalk_.value;
+    GraphNodeBase* found = nullptr;
+    if (walk != nullptr && walk->covers(name) && walk->find(name, found)) return found;
     for (auto const& [id, node] : nodesById_)
         if (node->getFullName() == name) return node;
     return nullptr;
@@ -169,10 +174,14 @@ void GraphScene::getGraphNodesAtLevel(GraphNodeBase* node, bool const& recursive
                                       ArrayOfPtr<GraphNodeBase, KS_NO>& out) const
 {
     if (node == nullptr) return;
-    if (recursive)
-        node->getNodesRecursively(out);
-    else
+    if (!recursive)
+    {
         appendAll(node->getNodes(), out);
+        return;
+    }
+    ArrayOfPtr<GraphNodeBase, KS_NO> nodes; // `out` may be the child list of a node on the way
+    node->getNodesRecursively(nodes);
+    appendAll(nodes, out);
 }
 
 unsigned int GraphScene::getNumberOfNodes() const
@@ -222,15 +231,13 @@ bool GraphScene::getNodesConnectedBase(ArrayOfPtr<GraphConnection, KS_NO> const&
 bool GraphScene::getConnectablePins(GraphNodePin const* pin, GraphNodeBase const* node,
                                     ArrayOfPtr<GraphNodePin, KS_NO>& out, bool const& excludeFull) const
 {
-    if (pin == nullptr || node == nullptr) return false;
-    return connectablePins(node->allowsConnectionFrom(pin, out), out, excludeFull);
+    return getConnectablePins(pin, node, true, out, excludeFull);
 }
 
 bool GraphScene::getConnectablePins(GraphNodeBase const* node, GraphNodePin const* pin,
                                     ArrayOfPtr<GraphNodePin, KS_NO>& out, bool const& excludeFull) const
 {
-    if (pin == nullptr || node == nullptr) return false;
-    return connectablePins(node->allowsConnectionTo(pin, out), out, excludeFull);
+    return getConnectablePins(pin, node, false, out, excludeFull);
 }
 
 bool GraphScene::getConnectablePins(GraphNodePin const* pin, GraphNodeBase const* node,
@@ -240,7 +247,9 @@ bool GraphScene::getConnectablePins(GraphNodePin const* pin, GraphNodeBase const
     if (pin == nullptr || node == nullptr) return false;
     bool const allowed =
         pinIsSource ? node->allowsConnectionFrom(pin, out) : node->allowsConnectionTo(pin, out);
-    return connectablePins(allowed, out, excludeFull);
+    if (!excludeFull) return allowed;
+    removeFullPins(out);
+    return !out.isEmpty();
 }
 
 bool GraphScene::getConnectablePins(GraphNodeBase const* source, GraphNodeBase const* target,
@@ -266,7 +275,7 @@ bool GraphScene::isPinFull(GraphNodePin const* pin) const
 
 bool GraphScene::hasPinConnections(GraphNodePin const* pin) const
 {
-    return hasPinConnections(pin, bothDirections);
+    return hasPinConnections(pin, inputAndOutput);
 }
 
 bool GraphScene::hasPinConnections(GraphNodePin const* pin, PinDirection const& direction) const
@@ -312,7 +321,7 @@ bool GraphScene::areNodesConnected(GraphNodeBase const* a, GraphNodeBase const* 
     if (useAdjacencyMap_) return isConnectionInAdjacencyMap(a, b, includeImplicit, eitherDirection);
     for (GraphConnection const* const connection : graphConnections_)
     {
-        if (!includeImplicit && connection->isImplicit()) continue;
+        if (connection == nullptr || (!includeImplicit && connection->isImplicit())) continue;
         if (connection->getSourceNode() == a && connection->getTargetNode() == b) return true;
     }
     return eitherDirection && areNodesConnected(b, a, false, includeImplicit);
@@ -329,6 +338,7 @@ bool GraphScene::hasNodeAnyConnection(GraphNodeBase const* node, PinDirection co
     return std::any_of(graphConnections_.begin(), graphConnections_.end(),
                        [&](GraphConnection const* connection)
                        {
+                           if (connection == nullptr) return false;
                            if (ignoreNodeLoops && connection->isNodeLoop()) return false;
                            return (direction.hasAny(PIN_OUTPUT) && connection->getSourceNode() == node) ||
                                   (direction.hasAny(PIN_INPUT) && connection->getTargetNode() == node);
@@ -339,7 +349,7 @@ bool GraphScene::hasNodeAnyConnection(GraphNodeBase const* node, PinDirection co
 
 bool GraphScene::getPinConnections(GraphNodePin const* pin, ArrayOfPtr<GraphConnection, KS_NO>& out) const
 {
-    return getPinConnections(pin, bothDirections, out);
+    return getPinConnections(pin, inputAndOutput, out);
 }
 
 bool GraphScene::getPinConnections(GraphNodePin const* pin, PinDirection const& direction,
@@ -426,11 +436,13 @@ bool GraphScene::getConnectionsInvolvingOnlyNodes(ArrayOfPtr<GraphNodeBase, KS_N
     }
     PointerSet<GraphNodeBase> const listed(nodes);
     PointerSet<GraphConnection> kept;
+    auto const isListed = [&listed](GraphNodeBase const* node)
+    { return node != nullptr && listed.contains(node); };
     out.removeIf(
         [&](GraphConnection const* connection)
         {
-            return connection == nullptr || !listed.contains(connection->getSourceNode()) ||
-                   !listed.contains(connection->getTargetNode()) || !kept.insert(connection);
+            return connection == nullptr || !isListed(connection->getSourceNode()) ||
+                   !isListed(connection->getTargetNode()) || !kept.insert(connection);
         });
     return !out.isEmpty();
 }
@@ -524,7 +536,8 @@ KS_String GraphScene::toXml() const
     std::string text = "<graph>\n<nodes>\n";
     for (auto const& [id, node] : nodesById_) text += node->toXml();
     text += "</nodes>\n<connections>\n";
-    for (GraphConnection* const connection : graphConnections_) text += connection->toXml();
+    for (GraphConnection* const connection : graphConnections_)
+        if (connection != nullptr) text += connection->toXml();
     text += "</connections>\n</graph>\n";
     return KS_String(text);
 }
@@ -605,7 +618,7 @@ bool GraphScene::removeAllNodes()
         }
     }
     nodesById_.clear();
-    registryChanged();
+    ++registryVersion_;
     if (!keepRootNode_) rootNode_ = nullptr;
     if (rootNode_ != nullptr) rootNode_->clearNodesArray();
     isDirty_ = true;
@@ -616,7 +629,7 @@ bool GraphScene::removeAllNodes()
 
 bool GraphScene::insertNodeInMapById(unsigned int const& id, GraphNodeBase* node)
 {
-    registryChanged();
+    ++registryVersion_;
     return isDirty_ = nodesById_.emplace(id, node).second;
 }
 
@@ -632,7 +645,7 @@ bool GraphScene::insertPinInMapByFullName(KS_String const& name, GraphNodePin* p
 
 void GraphScene::removeNodeFromMapById(unsigned int const& id)
 {
-    registryChanged();
+    ++registryVersion_;
     nodesById_.erase(id);
     isDirty_ = true;
 }
@@ -653,7 +666,7 @@ void GraphScene::updateNodeIdChange(GraphNodeBase* node, unsigned int const& old
 {
     auto entry = nodesById_.extract(oldId);
     if (entry.empty()) return;
-    registryChanged();
+    ++registryVersion_;
     entry.key() = newId;
     entry.mapped() = node;
     nodesById_.insert(std::move(entry));
@@ -661,11 +674,10 @@ void GraphScene::updateNodeIdChange(GraphNodeBase* node, unsigned int const& old
 }
 
 void GraphScene::updateRenamedNodeInMapByFullName(GraphNodeBase* node, KS_String const& oldName,
-                                                  KS_String const& newName)
+                                                  KS_String const&)
 {
-    static_cast<void>(newName); // the node tells its new full name itself
     if (node == nullptr) return;
-    GraphNodeBase* const owner = node->getNodeOwner();
+    GraphNodeBase* const owner = node->isRoot() ? nullptr : node->getNodeOwner();
     rekeyPinsBelow(node, owner != nullptr ? dottedName(owner->getFullName(), oldName) : oldName,
                    node->getFullName());
 }
@@ -685,10 +697,18 @@ void GraphScene::updateRenamedPinInMapByFullName(KS_String const& oldFullName, K
 void GraphScene::rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullName,
                                 KS_String const& newFullName)
 {
-    registryChanged();
+    PinRenames renames = pinRenamesBelow(node, oldFullName, newFullName);
+    rekeyPins(renames);
+}
+
+// The pins of the node and of everything below it, each with the full name that it had before the node's own
+// changed, and the one that it has now.
+GraphScene::PinRenames GraphScene::pinRenamesBelow(GraphNodeBase const* node, KS_String const& oldFullName,
+                                                   KS_String const& newFullName)
+{
     ArrayOfPtr<GraphNodePin, KS_NO> pins;
     node->getAllChildNodePins(pins, true);
-    std::vector<std::pair<KS_String, KS_String>> renames;
+    PinRenames renames;
     renames.reserve(pins.size());
     for (GraphNodePin* const pin : pins)
     {
@@ -698,6 +718,12 @@ void GraphScene::rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullNam
         KS_String oldPinName = KS_String::concatenated({cText(oldFullName), suffix});
         renames.emplace_back(std::move(oldPinName), std::move(newPinName));
     }
+    return renames;
+}
+
+void GraphScene::rekeyPins(PinRenames& renames) noexcept
+{
+    ++registryVersion_;
     for (auto& [oldPinName, newPinName] : renames) rekeyPin(oldPinName, std::move(newPinName));
 }
 
@@ -710,12 +736,6 @@ void GraphScene::rekeyPin(KS_String const& oldFullName, KS_String&& newFullName)
     auto node = pinsByFullName_.extract(entry);
     node.key().swap(newFullName);
     pinsByFullName_.insert(std::move(node)); // a pin that holds the name already keeps it
-}
-
-// Whoever looks for a free node name right now has to look again.
-void GraphScene::registryChanged() const
-{
-    if (currentWalk_.walk != nullptr) currentWalk_.walk->restart();
 }
 
 // ---- Making nodes ----
@@ -811,11 +831,17 @@ bool GraphScene::addCompoundInterfaceNode(PinDirection const& direction, GraphNo
     compoundPin = nullptr;
     interfacePin = nullptr;
     if (compound == nullptr) return false;
-    std::unique_ptr<GraphNodeBase> node(createNewInterfaceNode());
-    if (!node) return false;
+    GraphNodeBase* const node = createNewInterfaceNode();
+    if (node == nullptr) return false;
+    ScopeExit discard(
+        [this, node]
+        {
+            if (GraphScene::getNodePtrById(node->getId()) != node) delete node;
+        });
     node->setName(getFreeInterfaceNodeName(compound->getFullName(), direction));
-    addNodeToGraph(node.get());
-    interfaceNode = node.release();
+    addNodeToGraph(node);
+    discard.dismiss();
+    interfaceNode = node;
     interfaceNode->setNodeOwner(compound);
     return addCompoundInterfacePin(direction, interfaceNode, compoundPin, interfacePin);
 }
@@ -862,10 +888,9 @@ unsigned int GraphScene::getFreeNodeId()
 
 KS_String GraphScene::getFreeNodeName(KS_String const& ownerFullName, KS_String const& baseName)
 {
-    KS_String const prefix = dottedName(ownerFullName, baseName);
-    FullNameWalk walk(nodesById_, prefix);
-    FullNameWalk* const outerWalk = std::exchange(currentWalk_.walk, &walk);
-    ScopeExit const endWalk([this, outerWalk] { currentWalk_.walk = outerWalk; });
+    FullNameWalk walk(*this, dottedName(ownerFullName, baseName));
+    FullNameWalk* const outerWalk = std::exchange(currentWalk_.value, &walk);
+    ScopeExit const endWalk([this, outerWalk] { currentWalk_.value = outerWalk; });
     for (int number = 1;; ++number)
     {
         KS_String name = numberedName(cText(baseName), 2, number);
@@ -899,7 +924,9 @@ GraphNodePin* GraphScene::createNewPin(unsigned int const& maxNumConnections, Pi
 {
     auto pin = std::make_unique<GraphNodePin>(nullptr, maxNumConnections, direction);
     pin->setId(nextPinId.fetch_add(1));
+    ScopeExit unregister([this, &pin] { removePinFromMapById(pin->getId()); });
     bool const registered = addNodePin(pin.get());
+    unregister.dismiss();
     GraphNodePin* const created = pin.release(); // a refused pin is the refusing override's to clean up
     if (!registered) return nullptr;
     isDirty_ = true;
@@ -948,11 +975,12 @@ bool GraphScene::addNodePin(GraphNodeBase* node, GraphNodePin* pin)
     KS_String const oldFullName = pin->getFullName();
     if (!addNodePin(pin)) return false;
     ScopeExit unregister(
-        [this, pin, wasRegistered, &oldFullName]
+        [this, node, pin, wasRegistered, &oldFullName]
         {
             if (wasRegistered) return;
             removePinFromMapById(pin->getId());
             if (getPinPtrByFullName(oldFullName) == pin) removePinFromMapByFullName(oldFullName);
+            node->removeNodePin(pin);
         });
     bool const added = node->addNodePin(pin);
     unregister.dismiss();
@@ -1088,16 +1116,18 @@ GraphConnection* GraphScene::connectBase(GraphNodePin const* pin, GraphNodeBase 
 void GraphScene::enter(GraphConnection* connection, GraphNodePin* source, GraphNodePin* target)
 {
     graphConnections_.append(connection);
-    connection->sceneIndex_ = graphConnections_.size() - 1;
-    ScopeExit leaveArray([this, connection] { takeOutOfArray(connection); });
+    ScopeExit leave(
+        [this, connection, source, target]
+        {
+            target->removeInputConnection(connection);
+            source->removeOutputConnection(connection);
+            takeOutOfArray(connection);
+        });
+    if (arrayIndex_.value) arrayIndex_.value->added(graphConnections_, graphConnections_.size() - 1);
     source->addOutputConnection(connection);
-    ScopeExit leaveSource([source, connection] { source->removeOutputConnection(connection); });
     target->addInputConnection(connection);
-    ScopeExit leaveTarget([target, connection] { target->removeInputConnection(connection); });
     if (useAdjacencyMap_) addConnectionToAdjacencyMaps(connection);
-    leaveTarget.dismiss();
-    leaveSource.dismiss();
-    leaveArray.dismiss();
+    leave.dismiss();
 }
 
 // ---- Unwiring ----
@@ -1135,8 +1165,7 @@ void GraphScene::removeConnectionsBetweenNodes(GraphNodeBase const* a, GraphNode
 bool GraphScene::removeAllConnections()
 {
     ArrayOfPtr<GraphConnection, KS_NO> connections(graphConnections_);
-    if (!noteArrayPositions()) removeRepeats(connections);
-    for (GraphConnection* const connection : connections) removeConnection(connection);
+    removeEach(connections);
     isDirty_ = true;
     return true;
 }
@@ -1178,35 +1207,43 @@ bool GraphScene::removeConnection(GraphConnection const* connection)
 
 void GraphScene::takeOutOfArray(GraphConnection* connection)
 {
-    unsigned int const index = positionInArray(connection);
-    if (index == graphConnections_.npos) return;
-    GraphConnection* const last = graphConnections_[graphConnections_.size() - 1];
-    if (last != nullptr) last->sceneIndex_ = index;
-    graphConnections_.removeFastAt(index);
+    unsigned int const position = positionInArray(connection);
+    if (position == graphConnections_.npos) return;
+    graphConnections_.removeFastAt(position);
+    if (arrayIndex_.value) arrayIndex_.value->removed(graphConnections_, connection, position);
 }
 
-// Each connection knows its index, but the host may have moved it: then one search puts all of them right.
+// The host may have moved the connection: then a search finds it, and the next removal makes a new index.
 unsigned int GraphScene::positionInArray(GraphConnection const* connection)
 {
-    unsigned int const noted = connection->sceneIndex_;
-    if (noted < graphConnections_.size() && graphConnections_[noted] == connection) return noted;
+    prepareArrayIndex();
+    if (arrayIndex_.value)
+    {
+        unsigned int const noted = arrayIndex_.value->find(graphConnections_, connection);
+        if (noted < graphConnections_.size() && graphConnections_[noted] == connection) return noted;
+    }
     unsigned int const found = graphConnections_.find(connection);
-    if (found != graphConnections_.npos) noteArrayPositions();
+    if (found != graphConnections_.npos) arrayIndex_.value.reset();
     return found;
 }
 
-// False when a connection stands in the array more than once.
-bool GraphScene::noteArrayPositions()
+void GraphScene::prepareArrayIndex()
 {
-    for (unsigned int i = 0; i < graphConnections_.size(); ++i)
-        if (graphConnections_[i] != nullptr) graphConnections_[i]->sceneIndex_ = i;
-    for (unsigned int i = 0; i < graphConnections_.size(); ++i)
-        if (graphConnections_[i] != nullptr && graphConnections_[i]->sceneIndex_ != i) return false;
-    return true;
+    if (graphConnections_.size() < ConnectionIndex::longList / 2) arrayIndex_.value.reset();
+    if (arrayIndex_.value || graphConnections_.size() < ConnectionIndex::longList) return;
+    try
+    {
+        arrayIndex_.value = std::make_unique<ConnectionIndex>(graphConnections_);
+    }
+    catch (std::bad_alloc const&)
+    {
+        // A removal never fails: without memory for the index, the array is searched.
+    }
 }
 
 void GraphScene::setGraphConnections(ArrayOfPtr<GraphConnection, KS_NO> const& connections)
 {
+    arrayIndex_.value.reset();
     graphConnections_ = connections;
 }
 

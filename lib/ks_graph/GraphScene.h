@@ -13,9 +13,14 @@
 #include <ks_graph/ks_graph_api.h>
 
 #include <map>
+#include <memory>
+#include <utility>
+#include <vector>
 
 namespace kestrel::graph
 {
+
+class ConnectionIndex;
 
 /// One graph: the registry of its nodes and pins, its connections, the rules and factories of wiring, and the
 /// moves into and out of compounds.
@@ -23,10 +28,10 @@ namespace kestrel::graph
 /// Invariants, as long as the host changes the graph through the scene:
 /// - every connection of the array is in its source pin's output list and in its target pin's input list;
 /// - the id map holds every registered node under its id; the pin maps hold every registered pin under its id
-///   and, when it has a node, under its full name;
+///   and, if it had a node when it was registered, under its full name;
 /// - with `useAdjacencyMap`, the adjacency counts are those of the connections.
 ///
-/// Everything is virtual, and the scene calls its own operations through the virtual ones: a host that
+/// Nearly everything is virtual, and the scene calls its own operations through the virtual ones: a host that
 /// overrides `createGraphConnection`, `getFreeNodeId` or `removeConnection` takes part everywhere.
 ///
 /// Ownership: the scene owns its connections: it makes them through `createGraphConnection` and deletes them
@@ -50,9 +55,15 @@ public:
     GraphScene();
 
     /// Copies every field, the id too: both scenes then hold the same nodes, pins and connections, which
-    /// still belong to the other one. For a host that keeps a record of a scene's state.
+    /// still belong to the other one: what one of them deletes dangles in the other. For a host that keeps a
+    /// record of a scene's state.
     GraphScene(GraphScene const& other);
     GraphScene& operator=(GraphScene const& other);
+
+    /// Takes over what the other scene holds, its id too. The other one is then good for assignment and
+    /// destruction only.
+    GraphScene(GraphScene&& other);
+    GraphScene& operator=(GraphScene&& other);
 
     /// Deletes neither nodes nor connections.
     ~GraphScene() override;
@@ -66,10 +77,11 @@ public:
 
     /// After a node was added to the graph.
     static NodeCallback addNodeCallback_;
-    /// While a node is removed: without connections and children, still registered and owned.
-    /// `removeAllNodes` fires it only for compounds.
+    /// While a node is removed: without children and without connections but the implicit ones, still
+    /// registered and owned. `removeAllNodes` fires it only for compounds.
     static NodeCallback removeNodeCallback_;
-    /// Fired by `GraphNodeBase::addNodePin` and `removeNodePin`, with the owner of the pin's node.
+    /// Fired by `GraphNodeBase::addNodePin` and `removeNodePin`, with the owner of the pin's node. Without an
+    /// owner, the first is not fired, the second gets null.
     static PinCallback addNodePinCallback_;
     static PinCallback removeNodePinCallback_;
     /// Never fired by the library.
@@ -274,11 +286,13 @@ public:
     /// it by this same operation, the pins of an interface node, fires `removeNodeCallback_`, calls
     /// `onRemovingFromScene`, and takes it out of the tree and of the id map. Pins of other nodes stay
     /// registered: call `removeNodePins` first if the node is not coming back. The node is not deleted, and
-    /// keeps its scene pointer. False for 0xFFFFFFFF and an unknown id.
+    /// keeps its scene pointer; a root node that is removed remains `getRootNode()`. False for 0xFFFFFFFF and
+    /// an unknown id.
     virtual bool removeNodeFromGraph(unsigned int const& id);
     virtual bool removeNodeFromGraph(GraphNodeBase* node);
 
-    /// Removes every child of the compound from the graph; the nodes are not deleted.
+    /// Removes every child of the compound from the graph and empties its list. The nodes are not deleted; a
+    /// child that is not registered goes on naming the compound as its owner.
     virtual void removeNodesInCompoundFromGraph(GraphNodeBase* compound);
     /// @}
 
@@ -296,6 +310,8 @@ public:
     /// `removeNodeCallback_` fires only for compounds. Connections, pin maps and adjacency are left alone, so
     /// a host calls `clear`, or removes the connections first. Registered nodes outside the root's tree are
     /// forgotten, not deleted. Always true.
+    /// Until the end the maps and lists still hold nodes that are gone: a callback, and the destructor of a
+    /// host's node, must not look nodes up.
     virtual bool removeAllNodes();
 
     /// @name Compounds and interfaces
@@ -312,8 +328,9 @@ public:
     /// - `removedConnections`, `removedOuterConnections`: values of the connections that were deleted.
     ///
     /// Interface nodes in the list are not moved. A moved node whose name is taken at its new place, whatever
-    /// the case of its letters, gets a free one. Connections that `connect` refuses are null entries.
-    /// Implicit connections are left alone. A compound may be moved like any node. All moves return true.
+    /// the case of its letters, gets a free one; so does a node that is there already, whose own name it is.
+    /// Connections that `connect` refuses are null entries. Implicit connections are left alone. A compound
+    /// may be moved like any node. All moves return true.
     /// @{
 
     /// Moves nodes into the compound. A connection that then crosses the boundary is replaced by two, through
@@ -382,7 +399,8 @@ public:
     /// @{
 
     /// A new registered pin of the node, named "Untitled", with an id of its own in the process. The node
-    /// owns it. Null, with nothing made, without a node, and null when `addNodePin` refused the pin.
+    /// owns it. Null, with nothing made, without a node, and null when `addNodePin` refused the pin. A pin
+    /// that the node itself refuses is returned without node, registered under its bare name.
     virtual GraphNodePin* createNewPin(GraphNodeBase* node, unsigned int const& maxNumConnections,
                                        PinDirection const& direction);
     /// A new registered pin without node, which the caller owns. When an override of `addNodePin` refuses it,
@@ -400,7 +418,8 @@ public:
 
     /// Takes the pin's id and full name out of the maps. The pin stays on its node and wired. False for null.
     virtual bool removeNodePin(GraphNodePin* pin);
-    /// `removeNodePinFromSceneAndNode` for each pin of the node.
+    /// `removeNodePinFromSceneAndNode` for each pin of the node. So compound pins without an interface pin
+    /// stay.
     virtual void removeNodePins(GraphNodeBase* node);
     /// Ends the life of the pin: its connections go, then those of the compound pin paired with an interface
     /// pin and that pin itself, then the pin; both are unregistered, taken off their nodes and deleted. For a
@@ -411,7 +430,8 @@ public:
     /// Adds a pair of pins to an interface node. `direction` is that of the compound pin, compared as a
     /// whole: anything but exactly PIN_INPUT makes an output pin of the compound. The interface pin gets a
     /// free name from "input" or "output"; the compound pin, through the pairing, the same. False, with
-    /// nothing made and both pins null, when the interface node is in no compound.
+    /// nothing made and both pins null, when the interface node is in no compound; false too, with whatever
+    /// was made by then, when a host's override gives no pin.
     virtual bool addCompoundInterfacePin(PinDirection const& direction, GraphNodeBase* interfaceNode,
                                          GraphNodePin*& compoundPin, GraphNodePin*& interfacePin);
     /// Makes the compound pin for an interface pin, in the opposite direction, and pairs the two. Null, with
@@ -459,8 +479,8 @@ public:
                                                bool const& bothDirections, bool const& includeImplicit);
     /// Fires `removeConnectionCallback_`, takes the connection out of the array (the last one moves into its
     /// place), of its pins and of the adjacency counts, and deletes it. A connection that is not in the array
-    /// is unwired and deleted all the same. False for null. Constant on average, but for a connection that
-    /// the host has moved within the array: that one is searched, once for all.
+    /// is unwired and deleted all the same. False for null. Constant on average, but for a connection
+    /// that the host has moved within the array, or that is not there: the array is searched.
     virtual bool removeConnection(GraphConnection const* connection);
     /// Linear in their number. Always true.
     virtual bool removeAllConnections();
@@ -607,7 +627,8 @@ protected:
 private:
     // Lets the tests compare the maps with the graph.
     friend struct SceneInspector;
-    // Calls rekeyPin.
+    // Tell the maps of a change that must not fail half-way.
+    friend class GraphNodeBase;
     friend class GraphNodePin;
 
     // Connections from one node to another. Only a count above 0 is a connection.
@@ -619,25 +640,35 @@ private:
 
     class FullNameWalk;
 
-    // The walk of the free node name that is being looked for; not copied with the scene.
-    struct CurrentWalk
+    // Serves one scene; a copy starts without.
+    template <class T>
+    struct NotCopied
     {
-        CurrentWalk() = default;
-        CurrentWalk(CurrentWalk const&) {}
-        CurrentWalk& operator=(CurrentWalk const&) { return *this; }
+        NotCopied() = default;
+        NotCopied(NotCopied const&) {}
+        NotCopied& operator=(NotCopied const&)
+        {
+            value = T();
+            return *this;
+        }
 
-        FullNameWalk* walk = nullptr;
+        T value = T();
     };
 
-    void registryChanged() const;
+    // Pins' old and new full names.
+    using PinRenames = std::vector<std::pair<KS_String, KS_String>>;
+
     void rekeyPin(KS_String const& oldFullName, KS_String&& newFullName) noexcept;
+    void rekeyPins(PinRenames& renames) noexcept;
     void rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullName, KS_String const& newFullName);
+    static PinRenames pinRenamesBelow(GraphNodeBase const* node, KS_String const& oldFullName,
+                                      KS_String const& newFullName);
     void endPin(GraphNodePin* pin);
     void removeEach(ArrayOfPtr<GraphConnection, KS_NO>& connections);
     void enter(GraphConnection* connection, GraphNodePin* source, GraphNodePin* target);
     void takeOutOfArray(GraphConnection* connection);
     unsigned int positionInArray(GraphConnection const* connection);
-    bool noteArrayPositions();
+    void prepareArrayIndex();
     void countInAdjacencyMap(GraphConnection const* connection, int change);
     int countInAdjacencyMap(GraphNodeBase const* source, GraphNodeBase const* target,
                             bool includeImplicit) const;
@@ -666,7 +697,12 @@ private:
     ArrayOfPtr<GraphConnection, KS_NO> lastImportedConnections_;
     bool clearing_ = false;
     unsigned int lastFreeNodeId_ = 1;
-    CurrentWalk currentWalk_;
+    // Of the free node name that is being looked for.
+    NotCopied<FullNameWalk*> currentWalk_;
+    // Counts the changes of nodes, of their ids and their names.
+    unsigned int registryVersion_ = 0;
+    // Of the connection array; made by the first removal from a long one.
+    NotCopied<std::unique_ptr<ConnectionIndex>> arrayIndex_;
 };
 
 } // namespace kestrel::graph

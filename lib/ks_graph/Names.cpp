@@ -8,22 +8,24 @@ namespace kestrel::graph
 
 void appendDotted(KS_String& fullName, KS_String const& name)
 {
-    constexpr unsigned int longText = 256;
-    unsigned int const length = fullName.length() + 1 + static_cast<unsigned int>(cText(name).size());
-    if (length >= fullName.capacity()) fullName.reserve(length + 1 + (length > longText ? length / 2 : 0));
+    constexpr std::size_t longText = 256;
+    std::string_view const owner = cText(fullName);
+    if (owner.size() != fullName.length()) fullName = KS_String(owner);
+    std::size_t const length = owner.size() + 1 + cText(name).size();
+    std::size_t const spare = length > longText ? length / 2 : 0;
+    if (length >= fullName.capacity() && length + spare < KS_String::npos)
+        fullName.reserve(static_cast<unsigned int>(length + 1 + spare));
     fullName += ".";
     fullName += name.c_str();
-}
-
-KS_String upToFirstNul(KS_String text)
-{
-    return cText(text).size() == text.length() ? text : KS_String(cText(text));
 }
 
 bool equalIgnoringCase(KS_String const& a, KS_String const& b)
 {
     auto const sameLetter = [](char x, char y)
-    { return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y)); };
+    {
+        return x == y ||
+               std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+    };
     std::string_view const left = cText(a);
     std::string_view const right = cText(b);
     return std::equal(left.begin(), left.end(), right.begin(), right.end(), sameLetter);

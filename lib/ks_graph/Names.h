@@ -21,11 +21,8 @@ inline KS_String dottedName(KS_String const& owner, KS_String const& name)
 }
 
 /// Appends "." and the name. A long text gets room to spare, so that a name of many levels is not copied once
-/// for each of them. REQUIRES: `fullName` holds no NUL but its last byte.
+/// for each of them.
 void appendDotted(KS_String& fullName, KS_String const& name);
-
-/// The text itself, or what stands in front of its first NUL.
-KS_String upToFirstNul(KS_String text);
 
 /// Whether the two are equal after the runtime's `tolower`, byte by byte.
 bool equalIgnoringCase(KS_String const& a, KS_String const& b);

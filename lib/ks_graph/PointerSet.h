@@ -39,6 +39,8 @@ public:
         return many_.insert(pointer).second;
     }
 
+    bool isEmpty() const { return numberOfFew_ == 0; }
+
     bool contains(T const* pointer) const
     {
         if (!many_.empty()) return many_.count(pointer) != 0;

@@ -64,7 +64,8 @@ std::string picture(Graph& graph)
         for (GraphNodeBase* child : node->getNodes()) text += std::string(" ") + child->getName().c_str();
         for (GraphNodePin* pin : node->getNodePins())
         {
-            text += std::string(" ") + pin->getName().c_str() + "=" + std::to_string(pin->getNumConnections());
+            text +=
+                std::string(" ") + pin->getName().c_str() + "=" + std::to_string(pin->getNumConnections());
             if (graph.scene.getPinPtrByFullName(pin->getFullName()) != pin) text += "?";
         }
         text += "\n";
@@ -83,8 +84,8 @@ std::string pictureAfter(Change const& change)
     return picture(graph);
 }
 
-// Fails allocation 1, 2, 3, ... of the change until it gets through. After each failure the graph is whole and, for
-// a single change, as it was; the same call then gets through.
+// Fails allocation 1, 2, 3, ... of the change until it gets through. After each failure the graph is whole
+// and, for a single change, as it was; the same call then gets through.
 void failEachAllocation(Change const& change, bool isSingleChange, bool persistently)
 {
     std::string const after = pictureAfter(change);
@@ -141,8 +142,8 @@ void moveIn(Graph& graph)
     Array<GraphConnection, _Wa> removed;
     ArrayOfPtr<GraphConnection, KS_NO> outer;
     ArrayOfPtr<GraphConnection, KS_NO> inner;
-    graph.scene.moveNodesToCompound(nodes, &graph.box, renames, inputs, outputs, newNodes, newPins, removed, outer,
-                                    inner);
+    graph.scene.moveNodesToCompound(nodes, &graph.box, renames, inputs, outputs, newNodes, newPins, removed,
+                                    outer, inner);
 }
 
 void moveOut(Graph& graph)
@@ -158,17 +159,17 @@ void moveOut(Graph& graph)
     Array<GraphConnection, _Wa> removed;
     ArrayOfPtr<GraphConnection, KS_NO> made;
     ArrayOfPtr<GraphConnection, KS_NO> inner;
-    graph.scene.removeNodesFromCompoundCreatingInterfaces(&graph.box, nodes, renames, removedOuter, removed, made,
-                                                          inner, inputs, outputs, newNodes, newPins);
+    graph.scene.removeNodesFromCompoundCreatingInterfaces(&graph.box, nodes, renames, removedOuter, removed,
+                                                          made, inner, inputs, outputs, newNodes, newPins);
 }
 
 NamedChange const changes[] = {
     {"connect", true,
-     [](Graph& graph) {
-         graph.scene.connect(Graph::pin(graph.outside, "out"), Graph::pin(graph.other, "in"), false);
-     }},
+     [](Graph& graph)
+     { graph.scene.connect(Graph::pin(graph.outside, "out"), Graph::pin(graph.other, "in"), false); }},
     {"connect nodes", true,
-     [](Graph& graph) {
+     [](Graph& graph)
+     {
          graph.scene.connect(static_cast<GraphNodeBase*>(&graph.outside),
                              static_cast<GraphNodeBase*>(&graph.other), false);
      }},
@@ -187,8 +188,7 @@ NamedChange const changes[] = {
          graph.scene.removeNodePins(&graph.other);
          graph.scene.removeNodeFromGraph(&graph.other);
      }},
-    {"createNewPin", true,
-     [](Graph& graph) { graph.scene.createNewPin(&graph.other, 1, PIN_INPUT); }},
+    {"createNewPin", true, [](Graph& graph) { graph.scene.createNewPin(&graph.other, 1, PIN_INPUT); }},
     {"addNodePin", true,
      [](Graph& graph)
      {

@@ -120,8 +120,8 @@ TEST_F(PointerList, AppendsARangeGrowingByTheShortfallOrByAnEighthAndFour)
     EXPECT_EQ(thingsOf(list), (Things{a_, b_, c_, c_, c_, d_, a_, b_, c_, d_}));
     list.appendRange(list.data(), list.size());
     EXPECT_EQ(list.capacity(), 20u);
-    EXPECT_EQ(thingsOf(list), (Things{a_, b_, c_, c_, c_, d_, a_, b_, c_, d_,
-                                      a_, b_, c_, c_, c_, d_, a_, b_, c_, d_}));
+    EXPECT_EQ(thingsOf(list),
+              (Things{a_, b_, c_, c_, c_, d_, a_, b_, c_, d_, a_, b_, c_, c_, c_, d_, a_, b_, c_, d_}));
     list.appendRange(nullptr, 0);
     EXPECT_EQ(list.size(), 20u);
 }
@@ -238,9 +238,12 @@ TEST_F(PointerList, RemovalOfAllKeepsTheOrderAndNullsTheSlots)
         unsigned int removed;
     };
     Row const rows[] = {
-        {{a_, b_, c_, b_}, b_, {a_, c_}, 2},  {{a_, b_, c_}, a_, {b_, c_}, 1},
-        {{a_, b_, c_}, c_, {a_, b_}, 1},      {{a_, b_, c_}, d_, {a_, b_, c_}, 0},
-        {{b_, b_, b_, b_}, b_, {}, 4},        {{}, b_, {}, 0},
+        {{a_, b_, c_, b_}, b_, {a_, c_}, 2},
+        {{a_, b_, c_}, a_, {b_, c_}, 1},
+        {{a_, b_, c_}, c_, {a_, b_}, 1},
+        {{a_, b_, c_}, d_, {a_, b_, c_}, 0},
+        {{b_, b_, b_, b_}, b_, {}, 4},
+        {{}, b_, {}, 0},
         {{nullptr, a_, nullptr}, nullptr, {a_}, 2},
     };
     for (Row const& row : rows)

@@ -322,10 +322,10 @@ TEST(ArrayAppendRange, GrowsByTheShortfallOrByAnEighthAndFour)
         unsigned int expected;
     };
     Row const rows[] = {
-        {0, 0, 0, 0},    {0, 0, 1, 4},     {0, 0, 4, 4},     {0, 0, 5, 5},    {0, 0, 100, 100},
-        {4, 4, 0, 4},    {4, 4, 1, 8},     {4, 4, 4, 8},     {4, 4, 5, 9},    {4, 2, 2, 4},
-        {4, 2, 1, 4},    {4, 2, 3, 8},     {4, 2, 6, 8},     {4, 2, 7, 9},    {40, 40, 1, 49},
-        {40, 40, 9, 49}, {40, 40, 10, 50}, {40, 35, 5, 40},  {40, 35, 6, 49}, {40, 35, 14, 49},
+        {0, 0, 0, 0},     {0, 0, 1, 4},     {0, 0, 4, 4},    {0, 0, 5, 5},    {0, 0, 100, 100},
+        {4, 4, 0, 4},     {4, 4, 1, 8},     {4, 4, 4, 8},    {4, 4, 5, 9},    {4, 2, 2, 4},
+        {4, 2, 1, 4},     {4, 2, 3, 8},     {4, 2, 6, 8},    {4, 2, 7, 9},    {40, 40, 1, 49},
+        {40, 40, 9, 49},  {40, 40, 10, 50}, {40, 35, 5, 40}, {40, 35, 6, 49}, {40, 35, 14, 49},
         {40, 35, 15, 50},
     };
     Array<int> const source = counting(100);
@@ -451,9 +451,15 @@ TEST(ArrayRemoveFast, MovesTheLastElementIntoTheGap)
         Values after;
     };
     Row const rows[] = {
-        {{1, 2, 3}, 1, {3, 2}}, {{1, 2, 3}, 2, {1, 3}},       {{1, 2, 3}, 3, {1, 2}},
-        {{1, 2, 3}, 4, {1, 2, 3}}, {{1}, 1, {}},              {{}, 1, {}},
-        {{1, 2, 1, 3}, 1, {3, 2, 1}}, {{1, 2, 3, 2}, 2, {1, 2, 3}}, {{1, 1}, 1, {1}},
+        {{1, 2, 3}, 1, {3, 2}},
+        {{1, 2, 3}, 2, {1, 3}},
+        {{1, 2, 3}, 3, {1, 2}},
+        {{1, 2, 3}, 4, {1, 2, 3}},
+        {{1}, 1, {}},
+        {{}, 1, {}},
+        {{1, 2, 1, 3}, 1, {3, 2, 1}},
+        {{1, 2, 3, 2}, 2, {1, 2, 3}},
+        {{1, 1}, 1, {1}},
     };
     for (Row const& row : rows)
     {
@@ -490,9 +496,14 @@ TEST(ArrayRemoveAll, KeepsTheOrderOfTheOthersAndTellsHowManyWent)
         unsigned int removed;
     };
     Row const rows[] = {
-        {{1, 2, 3, 2}, 2, {1, 3}, 2},  {{1, 2, 3}, 1, {2, 3}, 1},    {{1, 2, 3}, 3, {1, 2}, 1},
-        {{1, 2, 3}, 4, {1, 2, 3}, 0},  {{2, 2, 2}, 2, {}, 3},        {{}, 2, {}, 0},
-        {{2}, 2, {}, 1},               {{2, 2, 1, 2, 2, 3}, 2, {1, 3}, 4},
+        {{1, 2, 3, 2}, 2, {1, 3}, 2},
+        {{1, 2, 3}, 1, {2, 3}, 1},
+        {{1, 2, 3}, 3, {1, 2}, 1},
+        {{1, 2, 3}, 4, {1, 2, 3}, 0},
+        {{2, 2, 2}, 2, {}, 3},
+        {{}, 2, {}, 0},
+        {{2}, 2, {}, 1},
+        {{2, 2, 1, 2, 2, 3}, 2, {1, 3}, 4},
         {{4, 1, 3, 1, 2}, 1, {4, 3, 2}, 2},
     };
     for (Row const& row : rows)
@@ -651,20 +662,6 @@ TEST(ArrayReserve, OfNothingReleasesTheBlock)
     }
 }
 
-TEST(ArrayReserve, OneMoreGrowsAFullBlockAsAppendWould)
-{
-    Array<int> list;
-    for (unsigned int expected : {4u, 8u, 13u})
-    {
-        list.reserveOneMore();
-        EXPECT_EQ(list.capacity(), expected);
-        int const* const block = list.data();
-        list.reserveOneMore();
-        while (list.size() < list.capacity()) list.append(1);
-        EXPECT_EQ(list.data(), block);
-    }
-}
-
 TEST(ArraySetSize, OfZeroKeepsTheBlock)
 {
     Array<int> list = arrayOf({1, 2, 3});
@@ -791,7 +788,6 @@ TEST(ArrayBlock, ThatIsRefusedLeavesTheListAsItWas)
         {"reserve more", [](Array<Scarce>& list) { list.reserve(10, true); }},
         {"reserve less", [](Array<Scarce>& list) { list.reserve(1, true); }},
         {"reserve without keep", [](Array<Scarce>& list) { list.reserve(10, false); }},
-        {"reserve one more", [](Array<Scarce>& list) { list.reserveOneMore(); }},
         {"setSize", [](Array<Scarce>& list) { list.setSize(5); }},
         {"assign", [&](Array<Scarce>& list) { list = other; }},
         {"copy", [](Array<Scarce>& list) { Array<Scarce> const copy(list); }},
@@ -918,14 +914,14 @@ int failEachAssignment(unsigned int capacity, Operation operation, Check check)
 template <class Element, class Operation>
 void expectAsItWasAfterEachFailure(unsigned int capacity, Operation operation)
 {
-    int const failures = failEachAssignment<Element>(
-        capacity, operation,
-        [capacity](Array<Element> const& list, Element const* block)
-        {
-            EXPECT_EQ(valuesOf(list), (Values{1, 2, 3}));
-            EXPECT_EQ(list.capacity(), capacity);
-            EXPECT_EQ(list.data(), block);
-        });
+    int const failures =
+        failEachAssignment<Element>(capacity, operation,
+                                    [capacity](Array<Element> const& list, Element const* block)
+                                    {
+                                        EXPECT_EQ(valuesOf(list), (Values{1, 2, 3}));
+                                        EXPECT_EQ(list.capacity(), capacity);
+                                        EXPECT_EQ(list.data(), block);
+                                    });
     EXPECT_GT(failures, 0);
 }
 
@@ -956,10 +952,10 @@ TYPED_TEST(FragileElements, AFailedAppendRangeLeavesTheListAsItWas)
     for (unsigned int capacity : {3u, 5u, 6u, 10u})
     {
         SCOPED_TRACE(capacity);
-        expectAsItWasAfterEachFailure<TypeParam>(
-            capacity, [&](Array<TypeParam>& list) { list.appendRange(source.data(), source.size()); });
-        expectAsItWasAfterEachFailure<TypeParam>(
-            capacity, [&](Array<TypeParam>& list) { list.appendRange(list.data(), list.size()); });
+        expectAsItWasAfterEachFailure<TypeParam>(capacity, [&](Array<TypeParam>& list)
+                                                 { list.appendRange(source.data(), source.size()); });
+        expectAsItWasAfterEachFailure<TypeParam>(capacity, [&](Array<TypeParam>& list)
+                                                 { list.appendRange(list.data(), list.size()); });
     }
 }
 
@@ -1003,8 +999,8 @@ TEST(FragileElement, ThatCannotMoveSafelyMakesAFailedReserveLeaveTheListAsItWas)
     for (unsigned int capacity : {2u, 3u, 10u})
     {
         SCOPED_TRACE(capacity);
-        expectAsItWasAfterEachFailure<Fragile<false>>(
-            3, [capacity](Array<Fragile<false>>& list) { list.reserve(capacity, true); });
+        expectAsItWasAfterEachFailure<Fragile<false>>(3, [capacity](Array<Fragile<false>>& list)
+                                                      { list.reserve(capacity, true); });
     }
 }
 
@@ -1021,8 +1017,8 @@ TEST(FragileElement, ThatCannotMoveSafelyMakesAFailedSetSizeLeaveTheListAsItWas)
 TEST(FragileElement, ThatCannotMoveSafelyMakesAFailedFastRemovalLeaveTheListAsItWas)
 {
     Fragile<false> const first(1);
-    expectAsItWasAfterEachFailure<Fragile<false>>(
-        3, [&](Array<Fragile<false>>& list) { list.removeFast(first); });
+    expectAsItWasAfterEachFailure<Fragile<false>>(3, [&](Array<Fragile<false>>& list)
+                                                  { list.removeFast(first); });
 }
 
 TEST(FragileElement, ThatCannotMoveSafelyLosesNoOtherElementInAFailedRemoval)

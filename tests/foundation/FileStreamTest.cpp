@@ -722,8 +722,8 @@ TYPED_TEST(FileStreams, WriteAMovedFromTextAsTheEmptyOne)
 
 TYPED_TEST(FileStreams, TextsComeBackOneAfterTheOther)
 {
-    std::vector<std::string> const texts = {"ab", "", std::string("a\0b", 3), "\x80\xE9\xFF",
-                                            std::string(megabyte, 'x'), "last"};
+    std::vector<std::string> const texts = {
+        "ab", "", std::string("a\0b", 3), "\x80\xE9\xFF", std::string(megabyte, 'x'), "last"};
     TemporaryFile const file;
     TypeParam stream(file.get());
     for (std::string const& text : texts) EXPECT_TRUE(KS_String(std::string_view(text)).write(stream));

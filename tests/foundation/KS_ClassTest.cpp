@@ -26,7 +26,7 @@ namespace
 using namespace graph;
 
 template <class T>
-constexpr bool isGraphObject = std::is_base_of_v<KS_Class, T> && std::has_virtual_destructor_v<T>;
+constexpr bool isGraphObject = std::is_base_of_v<KS_Class, T>&& std::has_virtual_destructor_v<T>;
 
 static_assert(isGraphObject<GraphNodeBase>);
 static_assert(isGraphObject<GraphNodePin>);

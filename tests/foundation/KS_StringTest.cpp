@@ -618,9 +618,8 @@ TEST(StringConcatenated, MayBeAssignedToOneOfItsParts)
 TEST(StringCompare, OrdersByUnsignedBytesAndPrefixesFirst)
 {
     std::vector<KS_String> const ascending = {
-        "",      "\x01",  " ",    "A",    "Node", "a",        "ab",
-        "abc",   "b",     "node", "node1", "node10", "node2", "node\x7F",
-        "node\x80", "\x7F", "\x80", "\xE9", "\xE9z", "\xFF",
+        "",      "\x01",   " ",     "A",        "Node",     "a",    "ab",   "abc",  "b",     "node",
+        "node1", "node10", "node2", "node\x7F", "node\x80", "\x7F", "\x80", "\xE9", "\xE9z", "\xFF",
     };
     for (std::size_t i = 0; i < ascending.size(); ++i)
     {
@@ -761,11 +760,21 @@ TEST(StringStartsWith, IsTrueForPrefixesTheEmptyAndTheEqualText)
         bool expected;
     };
     Row const rows[] = {
-        {"node.pin", "node", true},     {"node.pin", "n", true},  {"node.pin", "", true},
-        {"node.pin", "node.pin", true}, {"", "", true},           {"node", "node.pin", false},
-        {"node.pin", "node.q", false},  {"node", "ode", false},   {"node", "Node", false},
-        {"", "n", false},               {"\xE9x", "\xE9", true}, {"\xE9x", "\xE8", false},
-        {"node", nullText, true},       {"nodf", "node", false},  {"xode", "node", false},
+        {"node.pin", "node", true},
+        {"node.pin", "n", true},
+        {"node.pin", "", true},
+        {"node.pin", "node.pin", true},
+        {"", "", true},
+        {"node", "node.pin", false},
+        {"node.pin", "node.q", false},
+        {"node", "ode", false},
+        {"node", "Node", false},
+        {"", "n", false},
+        {"\xE9x", "\xE9", true},
+        {"\xE9x", "\xE8", false},
+        {"node", nullText, true},
+        {"nodf", "node", false},
+        {"xode", "node", false},
     };
     for (Row const& row : rows)
     {
@@ -791,8 +800,14 @@ TEST(StringLeft, GivesTheFirstBytesOrAllThereAre)
         char const* expected;
     };
     Row const rows[] = {
-        {0, ""},     {1, "a"},    {3, "abc"},           {4, "abcd"},
-        {5, "abcd"}, {6, "abcd"}, {0xFFFFFFFEu, "abcd"}, {0xFFFFFFFFu, "abcd"},
+        {0, ""},
+        {1, "a"},
+        {3, "abc"},
+        {4, "abcd"},
+        {5, "abcd"},
+        {6, "abcd"},
+        {0xFFFFFFFEu, "abcd"},
+        {0xFFFFFFFFu, "abcd"},
     };
     for (Row const& row : rows)
     {
@@ -815,11 +830,10 @@ TEST(StringMid, GivesTheBytesFromTheStartOrAllThereAre)
     };
     constexpr unsigned int all = 0xFFFFFFFFu;
     Row const rows[] = {
-        {0, 0, ""},     {0, 1, "a"},   {0, 4, "abcd"},    {0, 5, "abcd"},      {0, all, "abcd"},
-        {1, 0, ""},     {1, 2, "bc"},  {1, 3, "bcd"},     {1, 4, "bcd"},       {1, all, "bcd"},
-        {3, 1, "d"},    {3, 2, "d"},   {3, all, "d"},     {2, all - 1, "cd"},  {4, 0, ""},
-        {4, 1, ""},     {4, all, ""},  {5, 0, ""},        {5, 1, ""},          {5, all, ""},
-        {6, 1, ""},     {all, 0, ""},  {all, 1, ""},      {all, all, ""},
+        {0, 0, ""},    {0, 1, "a"},        {0, 4, "abcd"}, {0, 5, "abcd"},  {0, all, "abcd"}, {1, 0, ""},
+        {1, 2, "bc"},  {1, 3, "bcd"},      {1, 4, "bcd"},  {1, all, "bcd"}, {3, 1, "d"},      {3, 2, "d"},
+        {3, all, "d"}, {2, all - 1, "cd"}, {4, 0, ""},     {4, 1, ""},      {4, all, ""},     {5, 0, ""},
+        {5, 1, ""},    {5, all, ""},       {6, 1, ""},     {all, 0, ""},    {all, 1, ""},     {all, all, ""},
     };
     for (Row const& row : rows)
     {

@@ -45,9 +45,8 @@ std::string text(GraphNodePin const* pin)
 
 std::string text(GraphConnection const* connection)
 {
-    return connection != nullptr
-               ? text(connection->getSourcePin()) + " > " + text(connection->getTargetPin())
-               : "-";
+    return connection != nullptr ? text(connection->getSourcePin()) + " > " + text(connection->getTargetPin())
+                                 : "-";
 }
 
 template <class List>
@@ -102,10 +101,7 @@ class HostPin : public GraphNodePin
 public:
     using GraphNodePin::GraphNodePin;
 
-    KS_String getName() override
-    {
-        return pretendedName.isEmpty() ? GraphNodePin::getName() : pretendedName;
-    }
+    KS_String getName() override { return pretendedName.isEmpty() ? GraphNodePin::getName() : pretendedName; }
     KS_String getFullName() override { return GraphNodePin::getFullName() + suffix; }
     void setName(KS_String const& name) override
     {
@@ -149,8 +145,8 @@ public:
 class HostNode : public TestNode
 {
 public:
-    using TestNode::TestNode;
     using TestNode::getConnectionsWithNode;
+    using TestNode::TestNode;
 
     KS_String getName() override { return pretendedName.isEmpty() ? TestNode::getName() : pretendedName; }
     KS_String getFullName() override
@@ -869,8 +865,8 @@ TEST(CompoundOverrides, NodeThatStaysPutIsLedThroughTheBoundaryAllTheSame)
     graph.a.staysPut = true;
     graph.moveIn({&graph.a});
     EXPECT_EQ(graph.a.getNodeOwner(), &graph.root);
-    EXPECT_THAT(graph.renames(), UnorderedElementsAre(Pair("root.a.in", "root.a.in"),
-                                                      Pair("root.a.out", "root.a.out")));
+    EXPECT_THAT(graph.renames(),
+                UnorderedElementsAre(Pair("root.a.in", "root.a.in"), Pair("root.a.out", "root.a.out")));
     EXPECT_THAT(texts(graph.outer), ElementsAre("C.out > b.in"));
     graph.a.staysPut = false;
     EXPECT_SCENE_INVARIANTS(graph.scene);
@@ -1040,8 +1036,7 @@ TEST(CompoundOverrides, RenamesHoldTheFullNamesThatThePinsGive)
     HostPin& pin = graph.addHostPin(bare, PIN_INPUT);
     pin.suffix = "?";
     graph.moveIn({&bare});
-    EXPECT_THAT(graph.renames(),
-                UnorderedElementsAre(Pair("root.C.bare.Untitled?", "root.bare.Untitled?")));
+    EXPECT_THAT(graph.renames(), UnorderedElementsAre(Pair("root.C.bare.Untitled?", "root.bare.Untitled?")));
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 

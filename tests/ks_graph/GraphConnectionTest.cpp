@@ -1096,8 +1096,8 @@ TEST_F(ConnectionWiring, BothEndsGoThroughTheVirtualOperationsSourceFirst)
     calls.clear();
     host.addToConnectedPins();
     host.removeFromConnectedPins();
-    EXPECT_EQ(calls, (Lines{"addToSourcePin", "addToTargetPin", "removeFromSourcePin",
-                            "removeFromTargetPin"}));
+    EXPECT_EQ(calls,
+              (Lines{"addToSourcePin", "addToTargetPin", "removeFromSourcePin", "removeFromTargetPin"}));
     EXPECT_FALSE(out.isConnected());
     EXPECT_FALSE(in.isConnected());
 }
@@ -1156,8 +1156,8 @@ TEST_F(ConnectionWiring, ThePinsAreCalledThroughTheirVirtualOperationsSourceFirs
     calls.clear();
     wired.addToConnectedPins();
     wired.removeFromConnectedPins();
-    EXPECT_EQ(calls, (Lines{"out.addOutputConnection", "in.addInputConnection",
-                            "out.removeOutputConnection", "in.removeInputConnection"}));
+    EXPECT_EQ(calls, (Lines{"out.addOutputConnection", "in.addInputConnection", "out.removeOutputConnection",
+                            "in.removeInputConnection"}));
     EXPECT_EQ(source.last, &wired);
     EXPECT_EQ(target.last, &wired);
 }
@@ -1303,10 +1303,10 @@ TEST_F(WiringCall, GoesThroughEveryVirtualOperationInOrder)
     log.onConnection = [](GraphScene*, GraphNodeBase*, GraphConnection*) { calls.emplace_back("callback"); };
     GraphConnection* const made = graph.scene.connect(&out, &in, true);
     ASSERT_NE(made, nullptr);
-    EXPECT_EQ(calls, (Lines{"out.allowsConnectionTo", "in.allowsConnectionFrom",
-                            "isPinFull out", "isPinFull in", "hasConnectionsLikeThis",
-                            "createGraphConnection", "setImplicit true",
-                            "out.addOutputConnection", "in.addInputConnection", "callback"}));
+    EXPECT_EQ(calls,
+              (Lines{"out.allowsConnectionTo", "in.allowsConnectionFrom", "isPinFull out", "isPinFull in",
+                     "hasConnectionsLikeThis", "createGraphConnection", "setImplicit true",
+                     "out.addOutputConnection", "in.addInputConnection", "callback"}));
     EXPECT_EQ(log.lines, std::vector<std::string>{"addConnection root a.out > b.in"});
     EXPECT_TRUE(made->isImplicit());
     EXPECT_EQ(made->getFullName(), KS_String("root.a.out > root.b.in"));
@@ -1318,10 +1318,9 @@ TEST_F(WiringCall, GoesThroughEveryVirtualOperationInOrder)
 TEST_F(WiringCall, AsksForDuplicatesOnlyWhenTheyAreForbidden)
 {
     ASSERT_NE(graph.scene.connect(&out, &in, false), nullptr);
-    EXPECT_EQ(calls, (Lines{"out.allowsConnectionTo", "in.allowsConnectionFrom",
-                            "isPinFull out", "isPinFull in", "createGraphConnection",
-                            "setImplicit false", "out.addOutputConnection",
-                            "in.addInputConnection"}));
+    EXPECT_EQ(calls, (Lines{"out.allowsConnectionTo", "in.allowsConnectionFrom", "isPinFull out",
+                            "isPinFull in", "createGraphConnection", "setImplicit false",
+                            "out.addOutputConnection", "in.addInputConnection"}));
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
@@ -1352,8 +1351,8 @@ TEST_F(WiringCall, IsRefusedWhenTheTargetIsFull)
     calls.clear();
     graph.scene.setIsDirty(false);
     EXPECT_EQ(graph.scene.connect(&another, &in, false), nullptr);
-    EXPECT_EQ(calls, (Lines{"out.allowsConnectionTo", "in.allowsConnectionFrom",
-                            "isPinFull out", "isPinFull in"}));
+    EXPECT_EQ(calls,
+              (Lines{"out.allowsConnectionTo", "in.allowsConnectionFrom", "isPinFull out", "isPinFull in"}));
     EXPECT_FALSE(graph.scene.getIsDirty());
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
@@ -1365,8 +1364,7 @@ TEST_F(WiringCall, RemovalLeavesThePinsThroughTheConnectionAfterTheCallback)
     CallbackLog log;
     log.onConnection = [](GraphScene*, GraphNodeBase*, GraphConnection*) { calls.emplace_back("callback"); };
     EXPECT_TRUE(graph.scene.removeConnection(made));
-    EXPECT_EQ(calls, (Lines{"callback", "out.removeOutputConnection",
-                            "in.removeInputConnection"}));
+    EXPECT_EQ(calls, (Lines{"callback", "out.removeOutputConnection", "in.removeInputConnection"}));
     EXPECT_EQ(log.lines, std::vector<std::string>{"removeConnection root a.out > b.in"});
     EXPECT_FALSE(out.isConnected());
     EXPECT_FALSE(in.isConnected());

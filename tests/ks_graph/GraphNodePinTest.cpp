@@ -107,9 +107,8 @@ TEST(GraphNodePinDirection, EachQuestionLooksAtItsOwnBit)
         bool bidirectional;
     };
     for (Row const& row : {Row{0, false, false, false}, Row{1, true, false, false},
-                           Row{2, false, true, false}, Row{3, true, true, true},
-                           Row{4, false, false, false}, Row{5, true, false, false},
-                           Row{6, false, true, false}, Row{7, true, true, true},
+                           Row{2, false, true, false}, Row{3, true, true, true}, Row{4, false, false, false},
+                           Row{5, true, false, false}, Row{6, false, true, false}, Row{7, true, true, true},
                            Row{0xFFFFFFFCu, false, false, false}, Row{0xFFFFFFFFu, true, true, true}})
     {
         SCOPED_TRACE(row.direction);
@@ -1306,13 +1305,12 @@ TEST_F(PinWithConnections, TheConnectionsWithAPinComeFromItOrGoToIt)
         char const* withPartner;
         char const* withNodeThere;
     };
-    for (Row const& row : {Row{false, false, false, "", ""}, Row{false, false, true, "", ""},
-                           Row{true, false, false, "in1", "in1"},
-                           Row{true, false, true, "in1 in2", "in1 in2 in4"},
-                           Row{false, true, false, "out2", "out2"},
-                           Row{false, true, true, "out1 out2", "out1 out2 out4"},
-                           Row{true, true, false, "in1 out2", "in1 out2"},
-                           Row{true, true, true, "in1 in2 out1 out2", "in1 in2 in4 out1 out2 out4"}})
+    for (Row const& row :
+         {Row{false, false, false, "", ""}, Row{false, false, true, "", ""},
+          Row{true, false, false, "in1", "in1"}, Row{true, false, true, "in1 in2", "in1 in2 in4"},
+          Row{false, true, false, "out2", "out2"}, Row{false, true, true, "out1 out2", "out1 out2 out4"},
+          Row{true, true, false, "in1 out2", "in1 out2"},
+          Row{true, true, true, "in1 in2 out1 out2", "in1 in2 in4 out1 out2 out4"}})
     {
         SCOPED_TRACE(row.withNodeThere);
         EXPECT_EQ(withPin(&partner, row.inputs, row.outputs, row.includeImplicit), row.withPartner);

@@ -54,10 +54,11 @@ struct CompoundGraph : TestGraph<>
 struct Pair
 {
     explicit Pair(CompoundGraph& graph)
-        : node(&graph.root), pinOfTheRoot(&graph.root, 1, PIN_INPUT), compoundPin(&pinOfTheRoot),
+        : node(&graph.root),
+          pinOfTheRoot(&graph.root, 1, PIN_INPUT),
+          compoundPin(&pinOfTheRoot),
           interfacePin(&pinOfTheRoot)
-    {
-    }
+    {}
 
     GraphNodeBase* node;
     GraphNodePin pinOfTheRoot;
@@ -198,18 +199,17 @@ TEST(SceneCompounds, OnlyExactlyInputMakesAnInputPair)
         PinDirection interfacePin;
         char const* name;
     };
-    for (Row const& row : {Row{PIN_INPUT, PIN_INPUT, PIN_OUTPUT, "input"},
-                           Row{PIN_OUTPUT, PIN_OUTPUT, PIN_INPUT, "output"},
-                           Row{both, PIN_OUTPUT, PIN_INPUT, "output"},
-                           Row{neither, PIN_OUTPUT, PIN_INPUT, "output"},
-                           Row{PinDirection{5u}, PIN_OUTPUT, PIN_INPUT, "output"}})
+    for (Row const& row :
+         {Row{PIN_INPUT, PIN_INPUT, PIN_OUTPUT, "input"}, Row{PIN_OUTPUT, PIN_OUTPUT, PIN_INPUT, "output"},
+          Row{both, PIN_OUTPUT, PIN_INPUT, "output"}, Row{neither, PIN_OUTPUT, PIN_INPUT, "output"},
+          Row{PinDirection{5u}, PIN_OUTPUT, PIN_INPUT, "output"}})
     {
         SCOPED_TRACE(row.direction.value());
         CompoundGraph graph;
         TestNode& node = graph.addInterface("I", graph.compound);
         Pair pair(graph);
-        EXPECT_TRUE(graph.scene.addCompoundInterfacePin(row.direction, &node, pair.compoundPin,
-                                                        pair.interfacePin));
+        EXPECT_TRUE(
+            graph.scene.addCompoundInterfacePin(row.direction, &node, pair.compoundPin, pair.interfacePin));
         EXPECT_THAT(listed(node.getNodePins()), ElementsAre(pair.interfacePin));
         EXPECT_THAT(listed(graph.compound.getNodePins()), ElementsAre(pair.compoundPin));
         EXPECT_EQ(pair.compoundPin->getDirection(), row.compoundPin);
@@ -242,8 +242,8 @@ TEST(SceneCompounds, CompoundPinIsNamedOnlyThroughThePairing)
     CompoundGraph graph;
     TestNode& noInterface = graph.addNode("x", &graph.compound);
     Pair pair(graph);
-    EXPECT_TRUE(graph.scene.addCompoundInterfacePin(PIN_OUTPUT, &noInterface, pair.compoundPin,
-                                                    pair.interfacePin));
+    EXPECT_TRUE(
+        graph.scene.addCompoundInterfacePin(PIN_OUTPUT, &noInterface, pair.compoundPin, pair.interfacePin));
     EXPECT_STREQ(pair.interfacePin->getName().c_str(), "output");
     EXPECT_STREQ(pair.compoundPin->getName().c_str(), "Untitled");
     EXPECT_SCENE_INVARIANTS(graph.scene);
@@ -276,8 +276,8 @@ TEST(SceneCompounds, NoPairWithoutACompound)
     for (GraphNodeBase* node : {static_cast<GraphNodeBase*>(&homeless), static_cast<GraphNodeBase*>(nullptr)})
     {
         Pair pair(graph);
-        EXPECT_FALSE(graph.scene.addCompoundInterfacePin(PIN_INPUT, node, pair.compoundPin,
-                                                         pair.interfacePin));
+        EXPECT_FALSE(
+            graph.scene.addCompoundInterfacePin(PIN_INPUT, node, pair.compoundPin, pair.interfacePin));
         EXPECT_EQ(pair.compoundPin, nullptr);
         EXPECT_EQ(pair.interfacePin, nullptr);
     }
@@ -368,10 +368,9 @@ TEST(SceneCompounds, InterfaceNodesAreNumberedWithinTheirCompound)
     CompoundGraph graph;
     TestNode& inner = graph.addCompound("D", &graph.compound);
     std::vector<std::string> names;
-    for (auto const& [direction, owner] : {std::pair(PIN_INPUT, &graph.compound),
-                                           std::pair(PIN_INPUT, &graph.compound),
-                                           std::pair(PIN_OUTPUT, &graph.compound),
-                                           std::pair(PIN_INPUT, &inner)})
+    for (auto const& [direction, owner] :
+         {std::pair(PIN_INPUT, &graph.compound), std::pair(PIN_INPUT, &graph.compound),
+          std::pair(PIN_OUTPUT, &graph.compound), std::pair(PIN_INPUT, &inner)})
     {
         Pair pair(graph);
         graph.scene.addCompoundInterfaceNode(direction, owner, pair.node, pair.compoundPin,

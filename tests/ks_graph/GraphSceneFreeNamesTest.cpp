@@ -388,9 +388,9 @@ TEST(SceneFreeNodeNames, InterfaceNodesAreNamedByTheInputBit)
         unsigned int direction;
         char const* name;
     };
-    for (Row const& row : {Row{0, "output interface01"}, Row{1, "input interface01"},
-                           Row{2, "output interface01"}, Row{3, "input interface01"},
-                           Row{4, "output interface01"}, Row{5, "input interface01"}})
+    for (Row const& row :
+         {Row{0, "output interface01"}, Row{1, "input interface01"}, Row{2, "output interface01"},
+          Row{3, "input interface01"}, Row{4, "output interface01"}, Row{5, "input interface01"}})
     {
         SCOPED_TRACE(row.direction);
         GraphScene scene;

@@ -109,10 +109,7 @@ struct MoveIn
 /// The filters a, b and c and the empty compound C, all under the root.
 struct MoveInGraph : TestGraph<>
 {
-    MoveInGraph()
-        : a(addFilter("a")), b(addFilter("b")), c(addFilter("c")), compound(addCompound("C"))
-    {
-    }
+    MoveInGraph() : a(addFilter("a")), b(addFilter("b")), c(addFilter("c")), compound(addCompound("C")) {}
 
     TestNode& addCompound(KS_String const& name, GraphNodeBase* owner = nullptr)
     {
@@ -299,9 +296,8 @@ TEST(SceneMoveIn, EveryMovedNodeHasAnInterfaceNodeForEachDirection)
     graph.wire(graph.c, graph.b);
     graph.wire(graph.b, graph.c);
     EXPECT_TRUE(graph.moveIn({&graph.a, &graph.b}));
-    ASSERT_THAT(texts(graph.move.newInterfaceNodes),
-                ElementsAre("input interface01", "output interface01", "input interface02",
-                            "output interface02"));
+    ASSERT_THAT(texts(graph.move.newInterfaceNodes), ElementsAre("input interface01", "output interface01",
+                                                                 "input interface02", "output interface02"));
     EXPECT_THAT(texts(graph.compound.getNodes()),
                 ElementsAre("a", "b", "input interface01", "output interface01", "input interface02",
                             "output interface02"));
@@ -497,10 +493,11 @@ TEST(SceneMoveIn, NodeWhoseNameIsTakenInsideGetsAFreeOne)
         char const* expected;
     };
     Row const rows[] = {
-        {"n", "other", "other", "n"},  {"n", "n", "other", "n1"},     {"N", "n", "other", "N1"},
-        {"n", "n", "n1", "n2"},        {"n", "n", "N1", "n2"},        {"n", "other", "N", "n"},
-        {"n09", "n09", "other", "n01"}, {"12", "12", "other", "01"},  {"n1", "n1", "other", "n2"},
-        {"50%s", "50%s", "other", "50%s1"},
+        {"n", "other", "other", "n"},   {"n", "n", "other", "n1"},
+        {"N", "n", "other", "N1"},      {"n", "n", "n1", "n2"},
+        {"n", "n", "N1", "n2"},         {"n", "other", "N", "n"},
+        {"n09", "n09", "other", "n01"}, {"12", "12", "other", "01"},
+        {"n1", "n1", "other", "n2"},    {"50%s", "50%s", "other", "50%s1"},
     };
     for (Row const& row : rows)
     {
@@ -767,15 +764,13 @@ TEST(SceneMoveIn, OutgoingConnectionFiresItsCallbacksInOrder)
     graph.wire(graph.a, graph.c);
     CallbackLog log;
     graph.moveIn({&graph.a});
-    EXPECT_THAT(log.lines,
-                ElementsAre("removeConnection C a.out > b.in", "addNode root output interface01",
-                            "addNodePin C Untitled", "addNodePin root Untitled",
-                            "addConnection C a.out > output interface01.out",
-                            "addConnection root C.out > b.in",
-                            "removeConnection C a.out > c.in",
-                            "addNodePin C Untitled", "addNodePin root Untitled",
-                            "addConnection C a.out > output interface01.out01",
-                            "addConnection root C.out01 > c.in"));
+    EXPECT_THAT(log.lines, ElementsAre("removeConnection C a.out > b.in", "addNode root output interface01",
+                                       "addNodePin C Untitled", "addNodePin root Untitled",
+                                       "addConnection C a.out > output interface01.out",
+                                       "addConnection root C.out > b.in", "removeConnection C a.out > c.in",
+                                       "addNodePin C Untitled", "addNodePin root Untitled",
+                                       "addConnection C a.out > output interface01.out01",
+                                       "addConnection root C.out01 > c.in"));
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
@@ -785,11 +780,10 @@ TEST(SceneMoveIn, IncomingConnectionIsWiredInsideBeforeOutside)
     graph.wire(graph.b, graph.a);
     CallbackLog log;
     graph.moveIn({&graph.a});
-    EXPECT_THAT(log.lines,
-                ElementsAre("removeConnection root b.out > a.in", "addNode root input interface01",
-                            "addNodePin C Untitled", "addNodePin root Untitled",
-                            "addConnection C input interface01.in > a.in",
-                            "addConnection root b.out > C.in"));
+    EXPECT_THAT(log.lines, ElementsAre("removeConnection root b.out > a.in", "addNode root input interface01",
+                                       "addNodePin C Untitled", "addNodePin root Untitled",
+                                       "addConnection C input interface01.in > a.in",
+                                       "addConnection root b.out > C.in"));
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 

@@ -106,10 +106,12 @@ struct PinPair
 struct MoveOutGraph : TestGraph<>
 {
     MoveOutGraph()
-        : a(addFilter("a")), b(addFilter("b")), compound(addCompound("C")), x(addFilter("x", &compound)),
+        : a(addFilter("a")),
+          b(addFilter("b")),
+          compound(addCompound("C")),
+          x(addFilter("x", &compound)),
           y(addFilter("y", &compound))
-    {
-    }
+    {}
 
     TestNode& addCompound(KS_String const& name, GraphNodeBase* owner = nullptr)
     {
@@ -220,8 +222,8 @@ TEST_P(SceneMoveOut, NodeWhoseNameIsTakenOutsideGetsAFreeOne)
     graph.y.setName("a1");
     moveOut({&graph.x});
     EXPECT_STREQ(graph.x.getName().c_str(), "A2");
-    EXPECT_THAT(graph.move.renames(), UnorderedElementsAre(Pair("root.A2.in", "root.C.A.in"),
-                                                           Pair("root.A2.out", "root.C.A.out")));
+    EXPECT_THAT(graph.move.renames(),
+                UnorderedElementsAre(Pair("root.A2.in", "root.C.A.in"), Pair("root.A2.out", "root.C.A.out")));
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
@@ -230,8 +232,8 @@ TEST_P(SceneMoveOut, NodeThatIsOutsideAlreadyMeetsItself)
     moveOut({&graph.b});
     EXPECT_STREQ(graph.b.getName().c_str(), "b1");
     EXPECT_THAT(texts(graph.root.getNodes()), ElementsAre("a", "b1", "C"));
-    EXPECT_THAT(graph.move.renames(), UnorderedElementsAre(Pair("root.b1.in", "root.b.in"),
-                                                           Pair("root.b1.out", "root.b.out")));
+    EXPECT_THAT(graph.move.renames(),
+                UnorderedElementsAre(Pair("root.b1.in", "root.b.in"), Pair("root.b1.out", "root.b.out")));
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
@@ -239,8 +241,8 @@ TEST_P(SceneMoveOut, RenameRecordThatIsThereStays)
 {
     graph.move.pinRenames["root.x.in"] = "earlier";
     moveOut({&graph.x});
-    EXPECT_THAT(graph.move.renames(), UnorderedElementsAre(Pair("root.x.in", "earlier"),
-                                                           Pair("root.x.out", "root.C.x.out")));
+    EXPECT_THAT(graph.move.renames(),
+                UnorderedElementsAre(Pair("root.x.in", "earlier"), Pair("root.x.out", "root.C.x.out")));
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
@@ -967,11 +969,10 @@ TEST(SceneMoveOutCreatingInterfaces, CallbacksFireInTheOrderOfTheSteps)
     graph.wire(graph.x, graph.y);
     CallbackLog log;
     graph.moveOut(Way::creatingInterfaces, {&graph.x});
-    EXPECT_THAT(log.lines,
-                ElementsAre("removeConnection root x.out > y.in", "addNode root input interface01",
-                            "addNodePin C Untitled", "addNodePin root Untitled",
-                            "addConnection C input interface01.out > y.in",
-                            "addConnection root x.out > C.out"));
+    EXPECT_THAT(log.lines, ElementsAre("removeConnection root x.out > y.in", "addNode root input interface01",
+                                       "addNodePin C Untitled", "addNodePin root Untitled",
+                                       "addConnection C input interface01.out > y.in",
+                                       "addConnection root x.out > C.out"));
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 

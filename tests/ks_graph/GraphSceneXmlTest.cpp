@@ -198,9 +198,9 @@ TEST(SceneXml, ConnectionsBetweenTheSameNodesGiveEqualLines)
     graph.scene.connect(a.getPinByName("out"), b.getPinByName("in"), false);
     graph.scene.connect(a.getPinByName("out"), b.getPinByName("other"), true);
     std::string const text = xml(graph.scene);
-    EXPECT_NE(text.find("<connections>\n" + connectionXml("2", "3") + connectionXml("2", "3") +
-                        "</connections>\n"),
-              std::string::npos);
+    EXPECT_NE(
+        text.find("<connections>\n" + connectionXml("2", "3") + connectionXml("2", "3") + "</connections>\n"),
+        std::string::npos);
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
@@ -292,9 +292,9 @@ TEST(NodeXml, PinsOfBothSidesStandInTheOrderOfTheList)
     graph.addOutput(node, "o", 1);
     graph.addInput(node, "i", 2);
     graph.addOutput(node, "p", 3);
-    EXPECT_EQ(std::string(node.toXml()), nodeXml("2", pinXml("2", false, true, "1") +
-                                                          pinXml("2", true, false, "2") +
-                                                          pinXml("2", false, true, "3")));
+    EXPECT_EQ(std::string(node.toXml()),
+              nodeXml("2", pinXml("2", false, true, "1") + pinXml("2", true, false, "2") +
+                               pinXml("2", false, true, "3")));
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 

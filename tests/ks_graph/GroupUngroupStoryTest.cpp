@@ -115,10 +115,10 @@ public:
         unsigned int const crossing = countCrossing(nodes);
         NamesBefore const names = namesOf(nodes);
         Records records;
-        EXPECT_TRUE(graph.scene.moveNodesToCompound(
-            listOf(nodes), compound, records.pinRenames, records.inputInterfaces, records.outputInterfaces,
-            records.newInterfaceNodes, records.newCompoundPins, records.removed, records.outer,
-            records.inner));
+        EXPECT_TRUE(graph.scene.moveNodesToCompound(listOf(nodes), compound, records.pinRenames,
+                                                    records.inputInterfaces, records.outputInterfaces,
+                                                    records.newInterfaceNodes, records.newCompoundPins,
+                                                    records.removed, records.outer, records.inner));
         expectMoved(nodes, compound, names, records);
         EXPECT_EQ(records.removed.size(), crossing);
         EXPECT_EQ(records.newCompoundPins.size(), crossing);
@@ -457,16 +457,30 @@ public:
         {
         case 0:
         case 1:
-        case 2: group(); break;
+        case 2:
+            group();
+            break;
         case 3:
-        case 4: addToGroup(); break;
+        case 4:
+            addToGroup();
+            break;
         case 5:
-        case 6: takeOut(true); break;
-        case 7: takeOut(false); break;
+        case 6:
+            takeOut(true);
+            break;
+        case 7:
+            takeOut(false);
+            break;
         case 8:
-        case 9: dissolve(); break;
-        case 10: rename(); break;
-        default: wire(); break;
+        case 9:
+            dissolve();
+            break;
+        case 10:
+            rename();
+            break;
+        default:
+            wire();
+            break;
         }
     }
 
@@ -529,8 +543,8 @@ private:
     {
         GraphNodeBase* const source = dice_.pick(story_.plain);
         NodeList nodes = withoutInterfaces(source->getNodeOwner()->getNodes());
-        nodes.erase(std::remove_if(nodes.begin(), nodes.end(), [](GraphNodeBase* node)
-                                   { return node->isCompound(); }),
+        nodes.erase(std::remove_if(nodes.begin(), nodes.end(),
+                                   [](GraphNodeBase* node) { return node->isCompound(); }),
                     nodes.end());
         story_.wire(*source, *dice_.pick(nodes));
     }
@@ -577,8 +591,8 @@ TEST(GroupUngroupStory, NodesClimbOutOneByOneThroughNewInterfaces)
 {
     Story story;
     buildStages(story);
-    GraphNodeBase* const outer = story.group(&story.graph.root, NodeList(story.plain.begin() + 5,
-                                                                         story.plain.begin() + 35));
+    GraphNodeBase* const outer =
+        story.group(&story.graph.root, NodeList(story.plain.begin() + 5, story.plain.begin() + 35));
     GraphNodeBase* const inner =
         story.group(outer, NodeList(story.plain.begin() + 12, story.plain.begin() + 24));
     for (std::size_t i = 12; i < 24; ++i) story.moveOutCreatingInterfaces(inner, {story.plain[i]});

@@ -256,12 +256,9 @@ TEST(MessageTime, IsTwentyFourCharactersAndALineFeed)
         char const* expected;
     };
     Row const rows[] = {
-        {novemberNight, "Sun Nov 15 01:50:38 2026\n"},
-        {0, "Thu Jan  1 00:00:00 1970\n"},
-        {951782399, "Mon Feb 28 23:59:59 2000\n"},
-        {951782400, "Tue Feb 29 00:00:00 2000\n"},
-        {2147483647, "Tue Jan 19 03:14:07 2038\n"},
-        {2147483648, "Tue Jan 19 03:14:08 2038\n"},
+        {novemberNight, "Sun Nov 15 01:50:38 2026\n"}, {0, "Thu Jan  1 00:00:00 1970\n"},
+        {951782399, "Mon Feb 28 23:59:59 2000\n"},     {951782400, "Tue Feb 29 00:00:00 2000\n"},
+        {2147483647, "Tue Jan 19 03:14:07 2038\n"},    {2147483648, "Tue Jan 19 03:14:08 2038\n"},
         {4294967296, "Sun Feb  7 06:28:16 2106\n"},
     };
     for (Row const& row : rows)

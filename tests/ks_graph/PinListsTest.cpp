@@ -95,10 +95,7 @@ protected:
 
     std::string letters(GraphNodePin const& of) const { return letters(list(of)); }
 
-    std::string lettersOfTheOtherList(GraphNodePin const& of) const
-    {
-        return letters(otherSide.listOf(of));
-    }
+    std::string lettersOfTheOtherList(GraphNodePin const& of) const { return letters(otherSide.listOf(of)); }
 
     Side const& side = GetParam();
     Side const& otherSide = side.add == sides[0].add ? sides[1] : sides[0];
@@ -174,15 +171,17 @@ TEST_P(PinList, RemovesTheFirstEntryAndMovesTheLastIntoItsPlace)
         char const* removed;
         char const* after;
     };
-    for (Row const& row : {Row{"", "a", ""}, Row{"a", "a", ""}, Row{"a", "b", "a"}, Row{"ab", "a", "b"},
-                           Row{"ab", "b", "a"}, Row{"abc", "a", "cb"}, Row{"abc", "b", "ac"},
-                           Row{"abc", "c", "ab"}, Row{"abc", "d", "abc"}, Row{"abcde", "b", "aecd"},
-                           Row{"aa", "a", "a"}, Row{"aaa", "a", "aa"}, Row{"aab", "a", "ba"},
-                           Row{"aba", "a", "ab"}, Row{"baa", "a", "ba"}, Row{"abac", "a", "cba"},
-                           Row{"abab", "b", "aba"}, Row{"abca", "a", "abc"}, Row{"abcab", "c", "abba"},
-                           Row{"abc", "aa", "cb"}, Row{"abc", "aba", "c"}, Row{"abcd", "ab", "dc"},
-                           Row{"abcd", "da", "cb"}, Row{"abac", "aa", "cb"}, Row{"aabb", "ab", "ba"},
-                           Row{"abcabc", "cba", "abc"}, Row{"abcdef", "fedcba", ""}, Row{"abc", "abc", ""}})
+    for (Row const& row :
+         {Row{"", "a", ""},          Row{"a", "a", ""},           Row{"a", "b", "a"},
+          Row{"ab", "a", "b"},       Row{"ab", "b", "a"},         Row{"abc", "a", "cb"},
+          Row{"abc", "b", "ac"},     Row{"abc", "c", "ab"},       Row{"abc", "d", "abc"},
+          Row{"abcde", "b", "aecd"}, Row{"aa", "a", "a"},         Row{"aaa", "a", "aa"},
+          Row{"aab", "a", "ba"},     Row{"aba", "a", "ab"},       Row{"baa", "a", "ba"},
+          Row{"abac", "a", "cba"},   Row{"abab", "b", "aba"},     Row{"abca", "a", "abc"},
+          Row{"abcab", "c", "abba"}, Row{"abc", "aa", "cb"},      Row{"abc", "aba", "c"},
+          Row{"abcd", "ab", "dc"},   Row{"abcd", "da", "cb"},     Row{"abac", "aa", "cb"},
+          Row{"aabb", "ab", "ba"},   Row{"abcabc", "cba", "abc"}, Row{"abcdef", "fedcba", ""},
+          Row{"abc", "abc", ""}})
     {
         SCOPED_TRACE(std::string(row.before) + " without " + row.removed);
         GraphNodePin each;
@@ -566,8 +565,7 @@ public:
           random_(course.seed),
           pool_(course.connections),
           pin_(std::make_unique<GraphNodePin>())
-    {
-    }
+    {}
 
     void step()
     {

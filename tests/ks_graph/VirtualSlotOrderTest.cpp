@@ -107,16 +107,16 @@ constexpr auto overload(Signature Class::*operation)
     return operation;
 }
 
-#define SLOT(Class, operation) \
-    Slot                       \
-    {                          \
-        #operation, placeOf(&Class::operation) \
+#define SLOT(Class, operation)                                                                               \
+    Slot                                                                                                     \
+    {                                                                                                        \
+#operation, placeOf(&Class::operation)                                                               \
     }
 
-#define SLOT_OF(Class, operation, ...)                                                \
-    Slot                                                                              \
-    {                                                                                 \
-        #operation " " #__VA_ARGS__, placeOf(overload<__VA_ARGS__>(&Class::operation)) \
+#define SLOT_OF(Class, operation, ...)                                                                       \
+    Slot                                                                                                     \
+    {                                                                                                        \
+#operation " " #__VA_ARGS__, placeOf(overload <__VA_ARGS__>(&Class::operation))                      \
     }
 
 void expectConsecutive(std::vector<Slot> const& slots, std::size_t first)
@@ -150,9 +150,12 @@ void expectNothingBehind(Slot const& last)
 TEST(VirtualSlotOrder, OfKS_Class)
 {
     std::vector<Slot> const slots{
-        SLOT(KS_Class, getClassName),   SLOT(KS_Class, getParentClassName),
-        SLOT(KS_Class, getClassDescription), SLOT(KS_Class, createInstance),
-        SLOT(KS_Class, isKindOf),       SLOT(KS_Class, printMetaClass),
+        SLOT(KS_Class, getClassName),
+        SLOT(KS_Class, getParentClassName),
+        SLOT(KS_Class, getClassDescription),
+        SLOT(KS_Class, createInstance),
+        SLOT(KS_Class, isKindOf),
+        SLOT(KS_Class, printMetaClass),
     };
     expectConsecutive(slots, 0);
 }
@@ -445,8 +448,8 @@ TEST(VirtualSlotOrder, OfGraphScene)
         SLOT(GraphScene, getFreeNodeName),
         SLOT(GraphScene, getFreeNodeCompoundName),
         SLOT(GraphScene, getFreeInterfaceNodeName),
-        SLOT_OF(GraphScene, createNewPin, GraphNodePin*(GraphNodeBase*, Id, PinDirection const&)),
-        SLOT_OF(GraphScene, createNewPin, GraphNodePin*(Id, PinDirection const&)),
+        SLOT_OF(GraphScene, createNewPin, GraphNodePin * (GraphNodeBase*, Id, PinDirection const&)),
+        SLOT_OF(GraphScene, createNewPin, GraphNodePin * (Id, PinDirection const&)),
         SLOT_OF(GraphScene, addNodePin, bool(GraphNodePin*)),
         SLOT_OF(GraphScene, addNodePin, bool(GraphNodeBase*, GraphNodePin*)),
         SLOT(GraphScene, addNodePins),
@@ -457,10 +460,10 @@ TEST(VirtualSlotOrder, OfGraphScene)
         SLOT(GraphScene, createCompoundPinForInterfacePin),
         SLOT(GraphScene, getFreePinName),
         SLOT(GraphScene, createGraphConnection),
-        SLOT_OF(GraphScene, connect, GraphConnection*(Pin, Node, Yes)),
-        SLOT_OF(GraphScene, connect, GraphConnection*(Node, Pin, Yes)),
-        SLOT_OF(GraphScene, connect, GraphConnection*(Pin, Pin, Yes)),
-        SLOT_OF(GraphScene, connect, GraphConnection*(Node, Node, Yes)),
+        SLOT_OF(GraphScene, connect, GraphConnection * (Pin, Node, Yes)),
+        SLOT_OF(GraphScene, connect, GraphConnection * (Node, Pin, Yes)),
+        SLOT_OF(GraphScene, connect, GraphConnection * (Pin, Pin, Yes)),
+        SLOT_OF(GraphScene, connect, GraphConnection * (Node, Node, Yes)),
         SLOT_OF(GraphScene, removeConnectionsWithNode, bool(Node)),
         SLOT_OF(GraphScene, removeConnectionsWithNode, bool(Id)),
         SLOT(GraphScene, removeConnectionsWithPin),

@@ -1,0 +1,17 @@
+/// @file
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace material_graph
+{
+
+inline std::string quoted(std::string_view name)
+{
+    std::string text("'");
+    text.append(name).append("'");
+    return text;
+}
+
+} // namespace material_graph

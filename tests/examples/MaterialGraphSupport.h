@@ -1,0 +1,120 @@
+/// @file
+/// Documents and files for the tests of the example host.
+#pragma once
+
+#include <material_graph/DocumentReader.h>
+#include <material_graph/MaterialScene.h>
+#include <material_graph/Progress.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace material_graph::test
+{
+
+inline std::string exampleFile(std::string const& name)
+{
+    return EXAMPLE_DATA_DIR "/" + name;
+}
+
+inline std::string materialx(std::string const& content)
+{
+    return "<materialx version=\"1.39\">\n" + content + "\n</materialx>\n";
+}
+
+/// A scene that a document was read into; the first line of `content` is line 2 of the document "test".
+struct Document
+{
+    explicit Document(std::string const& content)
+    {
+        DocumentReader(scene, quiet).readText("test", materialx(content));
+    }
+
+    MaterialNode& node(std::string const& name)
+    {
+        MaterialNode* const found = scene.findNode(name);
+        if (found == nullptr) throw std::runtime_error("no node " + name);
+        return *found;
+    }
+
+    MaterialPin& pin(std::string const& name)
+    {
+        auto* const found =
+            dynamic_cast<MaterialPin*>(scene.getPinPtrByFullName(kestrel::KS_String("root." + name)));
+        if (found == nullptr) throw std::runtime_error("no pin " + name);
+        return *found;
+    }
+
+    Progress quiet{nullptr};
+    MaterialScene scene;
+};
+
+/// "title: content" of each.
+inline std::vector<std::string> messagesOf(MaterialScene const& scene)
+{
+    std::vector<std::string> lines;
+    for (kestrel::graph::Message const& message : scene.getMessages().getMessages())
+        lines.push_back(std::string(message.getTitle()) + ": " + std::string(message.getContent()));
+    return lines;
+}
+
+inline std::vector<std::string> connectionsOf(MaterialScene& scene)
+{
+    std::vector<std::string> names;
+    for (kestrel::graph::GraphConnection* connection : scene.getGraphConnections())
+        names.emplace_back(connection->getFullName());
+    return names;
+}
+
+/// A folder for the files of a test, which goes with it.
+class Folder
+{
+public:
+    Folder()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "material_graph_XXXXXX").string();
+        if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
+        path_ = pattern;
+    }
+    ~Folder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    Folder(Folder const&) = delete;
+    Folder& operator=(Folder const&) = delete;
+
+    std::string file(std::string const& name) const { return (path_ / name).string(); }
+
+    std::string write(std::string const& name, std::string const& text) const
+    {
+        std::ofstream(file(name), std::ios::binary) << text;
+        return file(name);
+    }
+
+    std::vector<std::string> names() const
+    {
+        std::vector<std::string> found;
+        for (auto const& entry : std::filesystem::directory_iterator(path_))
+            found.push_back(entry.path().filename().string());
+        return found;
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
+inline std::string contentOf(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+} // namespace material_graph::test
