@@ -3,11 +3,14 @@
 #include "support/SceneInvariants.h"
 #include "support/TestGraph.h"
 
+#include <foundation/FileStream.h>
+#include <foundation/KS_String.h>
 #include <ks_graph/ks_graph.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <functional>
 #include <map>
 #include <memory>
@@ -30,7 +33,10 @@ struct Graph : TestGraph<>
           second(addFilter("second", &box)),
           outside(addFilter("outside")),
           other(addFilter("other")),
-          empty(addNode("empty"))
+          empty(addNode("empty")),
+          detached(newNode<TestNode>("detached")),
+          left(addFilter("left", &detached)),
+          right(addFilter("right", &detached))
     {
         scene.connect(pin(inner, "out"), pin(second, "in"), false);
         scene.addCompoundInterfaceNode(PIN_OUTPUT, &box, interfaceNode, compoundPin, interfacePin);
@@ -45,7 +51,10 @@ struct Graph : TestGraph<>
     TestNode& second;
     TestNode& outside;
     TestNode& other;
-    TestNode& empty; // no pins: its map entries would go stale when it leaves the tree
+    TestNode& empty;    // no pins: its map entries would go stale when it leaves the tree
+    TestNode& detached; // in no scene, but its two children are
+    TestNode& left;
+    TestNode& right;
     GraphNodeBase* interfaceNode = nullptr;
     GraphNodePin* compoundPin = nullptr;
     GraphNodePin* interfacePin = nullptr;
@@ -201,6 +210,8 @@ NamedChange const changes[] = {
     {"addNode of the first child", true, [](Graph& graph) { graph.outside.addNode(&graph.inner); }},
     {"setNodeOwner", true, [](Graph& graph) { graph.box.setNodeOwner(&graph.outside); }},
     {"setNodeOwner to null", true, [](Graph& graph) { graph.empty.setNodeOwner(nullptr); }},
+    {"setNodeOwner of a node without scene", true,
+     [](Graph& graph) { graph.detached.setNodeOwner(&graph.root); }},
     {"setName of a compound", true, [](Graph& graph) { graph.box.setName("a box with a longer name"); }},
     {"setName of a pin", true,
      [](Graph& graph) { Graph::pin(graph.outside, "in")->setName("another name for the pin"); }},
@@ -238,6 +249,99 @@ TEST(AllocationFailure, FromAnyPlaceOnLeavesTheGraphWholeAndAllowsToTryAgain)
         SCOPED_TRACE(change.name);
         failEachAllocation(change.change, change.isSingle, true);
     }
+}
+
+TEST(AllocationFailure, LeavesTheTargetOfASceneAssignmentUnchanged)
+{
+    Graph source;
+    TestGraph<> other;
+    TestNode& node = other.addFilter("node");
+    other.scene.connect(&node, &node, false);
+    GraphNodePin* const pin = node.getPinByName("in");
+    bool failed = true;
+    for (long number = 1; failed && number < 10000; ++number)
+    {
+        SCOPED_TRACE("allocation " + std::to_string(number));
+        long const living = livingAllocations();
+        {
+            GraphScene target(other.scene);
+            failed = false;
+            try
+            {
+                FailAllocation const failure(number, true);
+                target = source.scene;
+            }
+            catch (std::bad_alloc const&)
+            {
+                failed = true;
+            }
+            GraphScene const& expected = failed ? static_cast<GraphScene&>(other.scene) : source.scene;
+            EXPECT_EQ(target.getId(), expected.getId());
+            EXPECT_EQ(target.getNumberOfNodes(), expected.getNumberOfNodes());
+            EXPECT_EQ(target.getNumberOfConnections(), expected.getNumberOfConnections());
+            EXPECT_EQ(target.getPinPtrById(pin->getId()), failed ? pin : nullptr);
+            EXPECT_EQ(target.getPinPtrByFullName("root.node.in"), failed ? pin : nullptr);
+            EXPECT_SCENE_INVARIANTS(target);
+        }
+        EXPECT_EQ(livingAllocations(), living);
+        if (HasFailure()) return;
+    }
+    EXPECT_FALSE(failed);
+}
+
+TEST(AllocationFailure, LeavesATextEmptyThatWasReadWithoutItsNul)
+{
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> const file(std::tmpfile(), std::fclose);
+    ASSERT_NE(file, nullptr);
+    FileStreamRaw stream(file.get());
+    stream.writeValue(5u);
+    stream.write("12345", 5);
+    std::rewind(file.get());
+    KS_String text("abcd");
+    ASSERT_EQ(text.capacity(), 5u); // room for the bytes, none for a NUL behind them
+    bool failed = false;
+    try
+    {
+        FailAllocation const failure(1, true);
+        text.read(stream);
+    }
+    catch (std::bad_alloc const&)
+    {
+        failed = true;
+    }
+    EXPECT_TRUE(failed);
+    EXPECT_EQ(text.length(), 0u);
+    EXPECT_EQ(text.size(), 1u);
+    EXPECT_EQ(*text.c_str(), '\0');
+}
+
+TEST(AllocationFailure, DoesNotReachTheDestructionOfPins)
+{
+    long const living = livingAllocations();
+    {
+        TestGraph<> graph;
+        TestNode& node = graph.newNode("node");
+        for (unsigned int id = 1; id <= 20; ++id)
+        {
+            GraphNodePin* const pin = new GraphNodePin(nullptr, 1, PIN_INPUT);
+            pin->setId(id);
+            node.addNodePin(pin);
+        }
+        node.refNodePins().append(node.getNodePins()[3]);
+        bool failed = false;
+        try
+        {
+            FailAllocation const failure(1, true);
+            node.destroyNodePins();
+        }
+        catch (std::bad_alloc const&)
+        {
+            failed = true;
+        }
+        EXPECT_FALSE(failed);
+        EXPECT_TRUE(node.getNodePins().isEmpty());
+    }
+    EXPECT_EQ(livingAllocations(), living);
 }
 
 } // namespace kestrel::graph::test

@@ -656,6 +656,44 @@ TEST(StringCompare, LooksNoFurtherThanTheFirstNul)
     EXPECT_TRUE(KS_String("ab") > a);
 }
 
+/// All six questions about two texts of any kinds.
+template <class A, class B>
+void expectOrder(A const& a, B const& b, int order)
+{
+    EXPECT_EQ(a == b, order == 0);
+    EXPECT_EQ(a != b, order != 0);
+    EXPECT_EQ(a < b, order < 0);
+    EXPECT_EQ(a <= b, order <= 0);
+    EXPECT_EQ(a > b, order > 0);
+    EXPECT_EQ(a >= b, order >= 0);
+}
+
+TEST(StringCompare, WithViewsStandardTextsAndCharactersGoesBothWays)
+{
+    struct Row
+    {
+        std::string_view own;
+        std::string_view other;
+        int order;
+    };
+    for (Row const& row :
+         {Row{"", "", 0}, Row{"a", "a", 0}, Row{"", "a", -1}, Row{"a", "", 1}, Row{"a", "ab", -1},
+          Row{"ab", "a", 1}, Row{"a", "b", -1}, Row{"\xFF", "a", 1}, Row{"a", "\x80", -1},
+          Row{"a\0b"sv, "a", 0}, Row{"a", "a\0b"sv, 0}, Row{"a\0c"sv, "a\0b"sv, 0}, Row{"\0b"sv, "", 0},
+          Row{"a\0z"sv, "ab", -1}, Row{"ab", "a\0z"sv, 1}})
+    {
+        SCOPED_TRACE(bytes(row.own) + " | " + bytes(row.other));
+        KS_String const own(row.own);
+        std::string const standard(row.other);
+        expectOrder(own, row.other, row.order);
+        expectOrder(row.other, own, -row.order);
+        expectOrder(own, standard, row.order);
+        expectOrder(standard, own, -row.order);
+        expectOrder(own, standard.c_str(), row.order);
+        expectOrder(standard.c_str(), own, -row.order);
+    }
+}
+
 TEST(StringCompare, IgnoresTheCapacity)
 {
     EXPECT_EQ(withCapacity("abc", 40), KS_String("abc"));

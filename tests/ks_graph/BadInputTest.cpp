@@ -88,6 +88,33 @@ TEST(BadInput, NullInAListOfConnectionsIsFilteredOut)
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
+TEST(BadInput, NullInTheConnectionArrayIsNoConnection)
+{
+    TestGraph<> graph;
+    graph.scene.setUseAdjacencyMap(false);
+    TestNode& a = graph.addFilter("a");
+    TestNode& b = graph.addFilter("b");
+    Connections& array = graph.scene.refGraphConnections();
+    array.append(nullptr);
+    graph.scene.connect(&a, &b, false);
+    array.append(nullptr);
+    for (bool const flag : {false, true})
+    {
+        EXPECT_TRUE(graph.scene.areNodesConnected(&a, &b, flag, flag));
+        EXPECT_EQ(flag, graph.scene.areNodesConnected(&b, &a, flag, flag));
+        EXPECT_TRUE(graph.scene.hasNodeAnyConnection(&b, PIN_INPUT, flag));
+        EXPECT_FALSE(graph.scene.hasNodeAnyConnection(&b, PIN_OUTPUT, flag));
+    }
+    std::string const xml(graph.scene.toXml());
+    EXPECT_EQ(xml.find("<connection "), xml.rfind("<connection "));
+    EXPECT_NE(xml.find("<connection "), std::string::npos);
+    EXPECT_TRUE(graph.scene.removeAllConnections());
+    EXPECT_FALSE(a.getNodePins()[1]->isConnected());
+    array.removeAll(nullptr);
+    EXPECT_TRUE(array.isEmpty());
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
 TEST(BadInput, NullInListsOfPinsIsRefused)
 {
     TestGraph<> graph;

@@ -332,6 +332,20 @@ TEST(NodeOverride, IsRootEndsTheFullName)
     EXPECT_EQ(child.getFullName(), "root.node.child");
 }
 
+TEST(NodeOverride, IsRootLeavesTheOwnersNameOutOfTheKeysOfARename)
+{
+    TestGraph<> graph;
+    RootlikeNode& node = graph.addNode<RootlikeNode>("node");
+    TestNode& child = graph.addNode("child", &node);
+    GraphNodePin& pin = graph.addInput(node);
+    GraphNodePin& childPin = graph.addInput(child);
+    node.setName("other");
+    EXPECT_EQ(graph.scene.getPinPtrByFullName("other.in"), &pin);
+    EXPECT_EQ(graph.scene.getPinPtrByFullName("other.child.in"), &childPin);
+    EXPECT_EQ(graph.scene.getPinPtrByFullName("node.in"), nullptr);
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
 TEST(NodeOverride, IsRootEndsTheWalkUpTheOwners)
 {
     TestGraph<> graph;

@@ -1487,6 +1487,30 @@ TEST_F(PinWithConnections, AConnectionIsAskedItsVirtualNodes)
     EXPECT_EQ(withNode(&to, true, true, false), "host");
 }
 
+TEST(GraphNodePinGathering, NothingLeadsToNoPinAndNoNode)
+{
+    GraphNodePin pin(nullptr, unlimited, bothDirections);
+    GraphNodePin other(nullptr, unlimited, bothDirections);
+    GraphConnection fromOther(&other, &pin);
+    GraphConnection toOther(&pin, &other);
+    GraphConnection fromNowhere(nullptr, &pin);
+    GraphConnection toNowhere(&pin, nullptr);
+    for (GraphConnection* connection : {&fromOther, &fromNowhere}) pin.addInputConnection(connection);
+    for (GraphConnection* connection : {&toOther, &toNowhere}) pin.addOutputConnection(connection);
+    for (auto const& [inputs, outputs] :
+         {std::pair(true, true), std::pair(true, false), std::pair(false, true)})
+    {
+        SCOPED_TRACE(::testing::Message() << inputs << outputs);
+        Connections out;
+        EXPECT_FALSE(pin.hasConnectionsWithPin(nullptr, inputs, outputs, true));
+        EXPECT_FALSE(pin.hasConnectionsWithNode(nullptr, inputs, outputs, true));
+        EXPECT_FALSE(pin.getConnectionsWithPin(nullptr, out, inputs, outputs, true));
+        EXPECT_FALSE(pin.getConnectionsWithNode(nullptr, out, inputs, outputs, true));
+        EXPECT_TRUE(out.isEmpty());
+        EXPECT_TRUE(pin.hasConnectionsWithPin(&other, inputs, outputs, true));
+    }
+}
+
 // -----------------------------------------------------------------------------------------------------------
 // Internal connections
 

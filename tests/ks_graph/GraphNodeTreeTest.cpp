@@ -535,6 +535,20 @@ TEST(NodeTree, RootOfASceneStaysWithoutOwner)
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
+TEST(NodeTree, NeverBecomesARingThoughAnEmptiedListNoLongerHoldsTheChild)
+{
+    OpenNode parent("parent");
+    OpenNode child("child");
+    parent.addNode(&child);
+    parent.clearNodesArray();
+    child.addNode(&parent);
+    parent.setNodeOwner(&child);
+    EXPECT_EQ(parent.getNodeOwner(), nullptr);
+    EXPECT_EQ(child.getNodeOwner(), &parent);
+    EXPECT_EQ(childrenOf(parent), Lines{});
+    EXPECT_EQ(childrenOf(child), Lines{});
+}
+
 TEST(NodeLists, OwnerFieldIsStoredAlone)
 {
     OpenNode owner("owner");

@@ -347,4 +347,62 @@ TEST(NodeWiringOfPlainPins, ToAPinPassesOnlyForAnOwnInputAndAPinOfBothDirections
     }
 }
 
+/// A node with so many pins of both directions that its list outgrows its block while it is walked.
+struct ManyPins
+{
+    ManyPins()
+    {
+        for (GraphNodePin& pin : pins)
+        {
+            pin.setDirection(bothDirections);
+            node.addNodePin(&pin);
+        }
+    }
+
+    /// The list as it was made, then each pin of `own` so many times in a row.
+    std::vector<GraphNodePin*> followedBy(ManyPins& own, unsigned int times)
+    {
+        std::vector<GraphNodePin*> expected;
+        for (GraphNodePin& pin : pins) expected.push_back(&pin);
+        for (GraphNodePin& pin : own.pins) expected.insert(expected.end(), times, &pin);
+        return expected;
+    }
+
+    static constexpr unsigned int count = 20;
+    std::deque<GraphNodePin> pins = std::deque<GraphNodePin>(count);
+    GraphNodeBase node;
+};
+
+using GatherWithPin = bool (GraphNodeBase::*)(GraphNodePin const*, Pins&) const;
+using GatherWithNode = bool (GraphNodeBase::*)(GraphNodeBase const*, Pins&) const;
+
+TEST(NodeWiringIntoAListThatIsWalked, PinsArePairedThatWereThereAtTheStart)
+{
+    for (GatherWithPin const gather : {GatherWithPin(&GraphNodeBase::allowsConnectionFrom),
+                                       GatherWithPin(&GraphNodeBase::allowsConnectionTo)})
+    {
+        ManyPins own;
+        GraphNodePin const pin(nullptr, 1, bothDirections);
+        EXPECT_TRUE((own.node.*gather)(&pin, own.node.refNodePins()));
+        EXPECT_EQ(listedPins(own.node.getNodePins()), own.followedBy(own, 1));
+    }
+}
+
+TEST(NodeWiringIntoAListThatIsWalked, PinsOfBothNodesArePairedThatWereThereAtTheStart)
+{
+    for (GatherWithNode const gather : {GatherWithNode(&GraphNodeBase::allowsConnectionFrom),
+                                        GatherWithNode(&GraphNodeBase::allowsConnectionTo)})
+    {
+        for (bool const intoOwnList : {true, false})
+        {
+            SCOPED_TRACE(intoOwnList);
+            ManyPins own;
+            ManyPins other;
+            ManyPins& walked = intoOwnList ? own : other;
+            EXPECT_TRUE((own.node.*gather)(&other.node, walked.node.refNodePins()));
+            EXPECT_EQ(listedPins(walked.node.getNodePins()), walked.followedBy(own, ManyPins::count));
+        }
+    }
+}
+
 } // namespace kestrel::graph::test

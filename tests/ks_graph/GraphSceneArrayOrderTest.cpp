@@ -340,6 +340,32 @@ TEST_F(SceneArrayOrderOfTwoScenes, IsTheCopysOwn)
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
+TEST_F(SceneArrayOrderOfTwoScenes, IsKeptThoughTheOtherSceneHasDeletedConnections)
+{
+    GraphScene& scene = graph.scene;
+    GraphNodeBase const* const node = made[0]->getSourceNode();
+    for (unsigned int const size : {3u, 200u})
+    {
+        for (auto const& [inCopy, inOriginal] :
+             {std::pair(0u, 1u), std::pair(0u, size - 1), std::pair(size - 1, 0u)})
+        {
+            SCOPED_TRACE(::testing::Message() << size << " connections: " << inCopy << ", " << inOriginal);
+            scene.removeAllConnections();
+            while (scene.getNumberOfConnections() < size) scene.connect(node, node, false);
+            GraphScene copy(scene);
+            Sequence const all = listed(scene.getGraphConnections());
+            expectOrderOfRemovals(copy, {all[inCopy]});
+            Sequence const left = listed(copy.getGraphConnections());
+            expectOrderOfRemovals(scene, {all[inOriginal]}); // its array still holds the one that is gone
+            EXPECT_EQ(left, listed(copy.getGraphConnections()));
+            scene.refGraphConnections().removeFast(all[inCopy]);
+            EXPECT_TRUE(scene.removeAllConnections());
+            EXPECT_EQ(0u, scene.getNumberOfConnections());
+            EXPECT_SCENE_INVARIANTS(scene);
+        }
+    }
+}
+
 TEST_F(SceneArrayOrderOfTwoScenes, IsThatOfTheSceneThatTookThemOver)
 {
     GraphScene other;

@@ -6,8 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kestrel::graph::test
@@ -62,6 +64,19 @@ public:
     {
         return ownerFullName + "|" + baseName;
     }
+};
+
+/// Takes the name that waits for it when it is asked for its full name.
+class LazyNode : public TestNode
+{
+public:
+    KS_String getFullName() override
+    {
+        if (KS_String const name = std::exchange(waitingName, KS_String()); !name.isEmpty()) setName(name);
+        return TestNode::getFullName();
+    }
+
+    KS_String waitingName;
 };
 
 std::string number(unsigned int value)
@@ -347,6 +362,21 @@ TEST(SceneFreeNodeNames, RootThatIsNotRegisteredCollidesToo)
     scene.setRootNode(&root);
     EXPECT_STREQ(scene.getFreeNodeCompoundName("top").c_str(), "compound02");
     EXPECT_SCENE_INVARIANTS(scene);
+}
+
+TEST(SceneFreeNodeNames, NodeThatNamesItselfWhenItIsAskedHidesNoOther)
+{
+    std::vector<std::string> names{"add01", "add02", "add03"};
+    do {
+        SCOPED_TRACE(::testing::PrintToString(names));
+        TestGraph<> graph;
+        graph.addNode(KS_String(names[0]));
+        LazyNode& lazy = graph.addNode<LazyNode>("unnamed");
+        graph.addNode(KS_String(names[2]));
+        lazy.waitingName = KS_String(names[1]);
+        EXPECT_EQ(graph.scene.getFreeNodeName("root", "add"), "add04");
+        EXPECT_SCENE_INVARIANTS(graph.scene);
+    } while (std::next_permutation(names.begin(), names.end()));
 }
 
 TEST(SceneFreeNodeNames, EmptyOwnerStillPutsTheSeparatorInFront)

@@ -734,6 +734,23 @@ TEST_P(SceneMoveOut, NullsInTheListHaveNoEffect)
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
+TEST_P(SceneMoveOut, ConnectionWithoutSourceIntoAnInterfacePinIsRemoved)
+{
+    graph.scene.setUseAdjacencyMap(false); // the host changes the connection behind the counts
+    PinPair const exit = graph.addExit();
+    GraphConnection* const broken = graph.wire(MoveOutGraph::out(graph.x), exit.inner);
+    graph.wire(exit.outer, MoveOutGraph::in(graph.b));
+    MoveOutGraph::out(graph.x)->removeOutputConnection(broken);
+    broken->setSourcePin(nullptr);
+    EXPECT_TRUE(moveOut({&graph.x, exit.node}));
+    ASSERT_EQ(graph.move.removed.size(), 1u);
+    EXPECT_EQ(graph.move.removed[0].getSourcePin(), nullptr);
+    EXPECT_EQ(graph.move.removed[0].getTargetPin(), exit.inner);
+    EXPECT_TRUE(graph.move.made.isEmpty());
+    EXPECT_THAT(graph.connections(), IsEmpty());
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
 TEST_P(SceneMoveOut, WithoutACompoundNothingMoves)
 {
     GraphConnection* const xy = graph.wire(graph.x, graph.y);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -1019,6 +1020,162 @@ TEST(SceneOverrides, ConnectionsAreAskedForTheirNodes)
         EXPECT_THAT(listed(found), ElementsAre(&d, &c));
         EXPECT_SCENE_INVARIANTS(graph.scene);
     }
+}
+
+/// Runs out of memory in each override, once the base has done its work, while the counter is not zero.
+int failuresAhead = 0;
+
+void failIfTold()
+{
+    if (failuresAhead == 0) return;
+    --failuresAhead;
+    throw std::bad_alloc();
+}
+
+class FailingPin : public GraphNodePin
+{
+public:
+    using GraphNodePin::GraphNodePin;
+
+    void addInputConnection(GraphConnection* connection) override
+    {
+        GraphNodePin::addInputConnection(connection);
+        if (failsAsTarget) failIfTold();
+    }
+
+    void addOutputConnection(GraphConnection* connection) override
+    {
+        GraphNodePin::addOutputConnection(connection);
+        if (!failsAsTarget) failIfTold();
+    }
+
+    bool failsAsTarget = false;
+};
+
+class FailingNode : public TestNode
+{
+public:
+    bool addNodePin(GraphNodePin* pin) override
+    {
+        bool const added = TestNode::addNodePin(pin);
+        failIfTold();
+        return added;
+    }
+};
+
+class FailingScene : public GraphScene
+{
+public:
+    using GraphScene::addNodePin;
+
+    bool addNodePin(GraphNodePin* pin) override
+    {
+        bool const added = GraphScene::addNodePin(pin);
+        if (failsWithPins) failIfTold();
+        return added;
+    }
+
+    bool addNodeToGraph(GraphNodeBase* node) override
+    {
+        if (failsEarly) failIfTold();
+        bool const added = GraphScene::addNodeToGraph(node);
+        failIfTold();
+        return added;
+    }
+
+    bool failsWithPins = false;
+    bool failsEarly = false;
+};
+
+class SceneOverridesThatThrow : public ::testing::Test
+{
+protected:
+    ~SceneOverridesThatThrow() override { failuresAhead = 0; }
+
+    template <class Action>
+    void expectFailure(Action action)
+    {
+        failuresAhead = 1;
+        EXPECT_THROW(action(), std::bad_alloc);
+        EXPECT_EQ(0, failuresAhead);
+        EXPECT_SCENE_INVARIANTS(scene);
+    }
+
+    void expectFailureToAddInterface(GraphNodeBase& compound)
+    {
+        GraphNodeBase* node = nullptr;
+        GraphNodePin* outer = nullptr;
+        GraphNodePin* inner = nullptr;
+        expectFailure([&] { scene.addCompoundInterfaceNode(PIN_INPUT, &compound, node, outer, inner); });
+        EXPECT_TRUE(scene.addCompoundInterfaceNode(PIN_INPUT, &compound, node, outer, inner));
+        EXPECT_SCENE_INVARIANTS(scene);
+    }
+
+    TestGraph<FailingScene> graph;
+    FailingScene& scene = graph.scene;
+};
+
+TEST_F(SceneOverridesThatThrow, NewPinIsNowhereWhenItsNodeFailed)
+{
+    FailingNode& node = graph.addNode<FailingNode>("node");
+    expectFailure([&] { scene.createNewPin(&node, 1, PIN_INPUT); });
+    EXPECT_TRUE(node.getNodePins().isEmpty());
+    EXPECT_EQ(nullptr, scene.getPinPtrByFullName("root.node.Untitled"));
+    EXPECT_NE(nullptr, scene.createNewPin(&node, 1, PIN_INPUT));
+    EXPECT_SCENE_INVARIANTS(scene);
+}
+
+TEST_F(SceneOverridesThatThrow, NewPinIsNowhereWhenTheSceneFailed)
+{
+    scene.failsWithPins = true;
+    TestNode& node = graph.addNode("node");
+    expectFailure([&] { scene.createNewPin(&node, 1, PIN_INPUT); });
+    expectFailure([&] { scene.createNewPin(1, PIN_INPUT); });
+    EXPECT_TRUE(node.getNodePins().isEmpty());
+    EXPECT_NE(nullptr, scene.createNewPin(&node, 1, PIN_INPUT));
+    EXPECT_SCENE_INVARIANTS(scene);
+}
+
+TEST_F(SceneOverridesThatThrow, ConnectionIsNowhereWhenAPinFailed)
+{
+    TestNode& other = graph.addFilter("other");
+    for (bool const failsAsTarget : {false, true})
+    {
+        SCOPED_TRACE(failsAsTarget);
+        FailingPin* const pin = new FailingPin(nullptr, unlimited, failsAsTarget ? PIN_INPUT : PIN_OUTPUT);
+        pin->failsAsTarget = failsAsTarget;
+        pin->setId(failsAsTarget ? 5000001 : 5000000);
+        TestNode& node = graph.addNode("node");
+        scene.GraphScene::addNodePin(&node, pin);
+        GraphNodePin* const source = failsAsTarget ? other.getPinByName("out") : pin;
+        GraphNodePin* const target = failsAsTarget ? pin : other.getPinByName("in");
+        scene.connect(source, target, true);
+        expectFailure([&] { scene.connect(source, target, false); });
+        EXPECT_EQ(1u, scene.getNumberOfConnections());
+        EXPECT_EQ(1u, pin->getNumConnections());
+        EXPECT_FALSE(scene.areNodesConnected(&node, &other, true, false));
+        EXPECT_NE(nullptr, scene.connect(source, target, false));
+        scene.removeAllConnections();
+    }
+    EXPECT_SCENE_INVARIANTS(scene);
+}
+
+TEST_F(SceneOverridesThatThrow, InterfaceNodeIsInTheGraphOrNowhereWhenTheSceneFailed)
+{
+    TestNode& compound = graph.addNode("compound");
+    for (bool const failsEarly : {false, true})
+    {
+        SCOPED_TRACE(failsEarly);
+        scene.failsEarly = failsEarly;
+        expectFailureToAddInterface(compound);
+    }
+}
+
+TEST_F(SceneOverridesThatThrow, InterfacePinIsLeftWithoutPartnerWhenTheCompoundFailed)
+{
+    FailingNode& compound = graph.addNode<FailingNode>("compound");
+    expectFailureToAddInterface(compound);
+    EXPECT_EQ(1u, compound.getNodePins().size());
 }
 
 } // namespace

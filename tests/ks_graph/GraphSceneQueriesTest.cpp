@@ -386,6 +386,40 @@ TEST_F(SceneQueries, NullHasNoConnectablePins)
     EXPECT_THAT(listed(other), ElementsAre(&aOut));
 }
 
+/// Repeats the pins so often that the list outgrows its block while it is walked.
+constexpr unsigned int manyPins = 20;
+
+TEST_F(SceneQueries, ConnectablePinsMayBeGatheredIntoTheListThatIsWalked)
+{
+    for (unsigned int i = 0; i < manyPins; ++i) graph.addPin(c, "both", bothDirections);
+    unsigned int const size = c.getNodePins().size();
+    for (bool const pinIsSource : {true, false})
+    {
+        SCOPED_TRACE(pinIsSource);
+        GraphNodePin const& pin = pinIsSource ? aOut : aIn;
+        EXPECT_TRUE(scene.getConnectablePins(&pin, &c, pinIsSource, c.refNodePins(), false));
+        EXPECT_EQ(size + manyPins + 1, c.getNodePins().size()); // the filter's own input or output, too
+        c.refNodePins().setSize(size);
+    }
+    EXPECT_SCENE_INVARIANTS(scene);
+}
+
+TEST_F(SceneQueries, ConnectablePinsOfTwoNodesMayBeGatheredIntoTheListsThatAreWalked)
+{
+    for (TestNode* node : {&b, &c})
+        for (unsigned int i = 0; i < manyPins; ++i) graph.addPin(*node, "both", bothDirections);
+    unsigned int const size = b.getNodePins().size();
+    unsigned int const pairs = (manyPins + 1) * (manyPins + 1);
+    Pins found;
+    EXPECT_TRUE(scene.getConnectablePins(&b, &c, b.refNodePins(), found, false));
+    EXPECT_EQ(size + pairs, b.getNodePins().size());
+    b.refNodePins().setSize(size);
+    EXPECT_TRUE(scene.getConnectablePins(&b, &c, found, b.refNodePins(), false));
+    EXPECT_EQ(size + pairs, b.getNodePins().size());
+    b.refNodePins().setSize(size);
+    EXPECT_SCENE_INVARIANTS(scene);
+}
+
 // --- connections of nodes
 
 TEST_F(SceneQueries, ConnectionsWithANodeFollowTheFourFlagsOfTheNode)
@@ -611,6 +645,23 @@ TEST_F(SceneQueries, ListsThatArePassedInMayBeTheNodesOwnChildren)
     found.clear();
     EXPECT_TRUE(scene.getConnectionsInvolvingNodes(graph.root.getNodes(), false, true, true, found));
     EXPECT_THAT(listed(found), ElementsAre(ab, bc));
+}
+
+TEST_F(SceneQueries, NodesBelowMayBeGatheredIntoTheListOfOneOfThem)
+{
+    TestNode& compound = graph.addNode("compound");
+    TestNode& inner = graph.addNode("inner", &compound);
+    TestNode& innermost = graph.addNode("innermost", &inner);
+    for (TestNode* listOwner : {&compound, &inner})
+    {
+        SCOPED_TRACE(listOwner->getName().c_str());
+        GraphNodeBase* const child = listOwner->getNodes()[0];
+        scene.getGraphNodesAtLevel(&graph.root, true, listOwner->refNodes());
+        EXPECT_THAT(listed(listOwner->getNodes()),
+                    ElementsAre(child, &a, &b, &c, &compound, &inner, &innermost));
+        listOwner->refNodes().setSize(1);
+    }
+    EXPECT_SCENE_INVARIANTS(scene);
 }
 
 // --- connected nodes

@@ -19,6 +19,7 @@ namespace
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
 
 constexpr unsigned int noId = 0xFFFFFFFFu;
 
@@ -819,6 +820,48 @@ TEST_F(SceneRegistry, RemovingAllDeletesUnregisteredNodesOfTheTreeToo)
     scene.removeAllNodes();
     EXPECT_THAT(journal, ElementsAre("delete a"));
     EXPECT_SCENE_INVARIANTS(scene);
+}
+
+/// The two operations that delete the tree.
+using DeleteTree = void (*)(GraphScene&);
+constexpr DeleteTree deleteTree[] = {[](GraphScene& scene) { scene.removeAllNodes(); },
+                                     [](GraphScene& scene) { scene.clear(); }};
+
+TEST_F(SceneRegistry, NodeThatTwoChildListsHoldIsDeletedOnce)
+{
+    for (DeleteTree const deleteAll : deleteTree)
+    {
+        GraphNodeBase* const compound = scene.createNewCompound();
+        scene.addNodeToGraph(compound);
+        addHostNode("below", &addHostNode("child", compound));
+        GraphNodeBase* const copy = new GraphNodeBase(*compound); // lists the child, too
+        copy->setGraphScene(nullptr);
+        copy->setNodeOwner(nullptr);
+        copy->setId(scene.getFreeNodeId());
+        scene.addNodeToGraph(copy);
+        deleteAll(scene);
+        EXPECT_THAT(journal, UnorderedElementsAre("delete below", "delete child"));
+        EXPECT_EQ(0u, scene.getNumberOfNodes());
+        EXPECT_SCENE_INVARIANTS(scene);
+    }
+}
+
+TEST_F(SceneRegistry, ChildListsThatFormARingAreDeletedOnce)
+{
+    for (DeleteTree const deleteAll : deleteTree)
+    {
+        HostNode& a = addHostNode("a");
+        HostNode& b = addHostNode("b");
+        HostNode& c = addHostNode("c", &b);
+        a.refNodes().append(&b);
+        c.refNodes().append(&a);
+        c.refNodes().append(&graph.root);
+        journal.clear();
+        deleteAll(scene);
+        EXPECT_THAT(journal, UnorderedElementsAre("delete a", "delete b", "delete c"));
+        EXPECT_EQ(0u, scene.getNumberOfNodes());
+        EXPECT_SCENE_INVARIANTS(scene);
+    }
 }
 
 TEST_F(SceneRegistry, RemovingAllLeavesConnectionsAndPinMapsAlone)

@@ -157,17 +157,19 @@ private:
 
     void checkNodeMap()
     {
-        for (auto const& [id, node] : SceneInspector::nodesById(scene_))
-            expect(node->getId() == id, [&] { return describe(node) + " is registered under another id"; });
+        for (auto const& entry : SceneInspector::nodesById(scene_))
+            expect(entry.second->getId() == entry.first,
+                   [&] { return describe(entry.second) + " is registered under another id"; });
     }
 
     void checkPinMaps()
     {
-        for (auto const& [id, pin] : SceneInspector::pinsById(scene_))
-            expect(pin->getId() == id, [&] { return describe(pin) + " is registered under another id"; });
-        for (auto const& [name, pin] : SceneInspector::pinsByFullName(scene_))
-            expect(pins_.count(pin) != 0 && pin->getFullName() == name,
-                   [&] { return "the key " + quoted(name) + " leads to a pin of another name"; });
+        for (auto const& entry : SceneInspector::pinsById(scene_))
+            expect(entry.second->getId() == entry.first,
+                   [&] { return describe(entry.second) + " is registered under another id"; });
+        for (auto const& entry : SceneInspector::pinsByFullName(scene_))
+            expect(pins_.count(entry.second) != 0 && entry.second->getFullName() == entry.first,
+                   [&] { return "the key " + quoted(entry.first) + " leads to a pin of another name"; });
     }
 
     void checkPairs()
