@@ -63,6 +63,14 @@ void gatherByPin(GraphNodeBase const* node, std::map<GraphNodePin*, List>& out, 
     }
 }
 
+// So that every node still stands behind its owner.
+void keepLastOfEach(ArrayOfPtr<GraphNodeBase, KS_NO>& nodes)
+{
+    std::reverse(nodes.begin(), nodes.end());
+    removeRepeats(nodes);
+    std::reverse(nodes.begin(), nodes.end());
+}
+
 // Each node before its children. A list of open nodes instead of recursion: a tree may be deeper than the
 // stack. A child list may hold nodes of another owner, so lists may form a ring: such a node is entered once.
 template <class Enters>
@@ -82,7 +90,7 @@ ArrayOfPtr<GraphNodeBase, KS_NO> walkTree(GraphNodeBase* top, Enters enters)
             if (children[i]->getNodeOwner() == node || strangers.insert(children[i]))
                 open.push_back(children[i]);
     }
-    if (!strangers.isEmpty()) removeRepeats(walked);
+    if (!strangers.isEmpty()) keepLastOfEach(walked);
     return walked;
 }
 

@@ -846,6 +846,25 @@ TEST_F(SceneRegistry, NodeThatTwoChildListsHoldIsDeletedOnce)
     }
 }
 
+TEST_F(SceneRegistry, OwnerIsStillThereWhenANodeOfTwoChildListsIsDeleted)
+{
+    GraphNodeBase* const compound = scene.createNewCompound();
+    compound->setName("compound");
+    scene.addNodeToGraph(compound);
+    addHostNode("child", compound).setCompound(true);
+    GraphNodeBase* const copy = new GraphNodeBase(*compound); // lists the child, too
+    copy->setGraphScene(nullptr);
+    copy->setNodeOwner(nullptr);
+    copy->setId(scene.getFreeNodeId());
+    scene.addNodeToGraph(copy);
+    graph.root.addNode(compound); // now behind its copy
+    CallbackLog log;
+    scene.clear();
+    EXPECT_THAT(log.lines, ElementsAre("removeNode compound child", "removeNode root compound",
+                                       "removeNode root compound"));
+    EXPECT_SCENE_INVARIANTS(scene);
+}
+
 TEST_F(SceneRegistry, ChildListsThatFormARingAreDeletedOnce)
 {
     for (DeleteTree const deleteAll : deleteTree)
