@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <new>
+#include <typeinfo>
 #include <utility>
 
 namespace kestrel::graph
@@ -282,7 +283,10 @@ KS_String GraphNodePin::getName()
 KS_String GraphNodePin::getFullName()
 {
     GraphNodeBase* const node = getParentGraphNodePtr();
-    return node != nullptr ? dottedName(node->getFullName(), getName()) : getName();
+    if (node == nullptr) return getName();
+    // A pin of this very class overrides nothing: the copy that its getName would return can be saved.
+    return typeid(*this) == typeid(GraphNodePin) ? dottedName(node->getFullName(), name_)
+                                                 : dottedName(node->getFullName(), getName());
 }
 
 // Everything that can fail comes before the scene's map changes, and gives the old name back. So the new full
