@@ -1,3 +1,4 @@
+#include "support/GraphTexts.h"
 #include "support/SceneInvariants.h"
 #include "support/TestGraph.h"
 
@@ -27,42 +28,7 @@ using ::testing::Pair;
 using ::testing::UnorderedElementsAre;
 using ::testing::WhenDynamicCastTo;
 
-using Nodes = ArrayOfPtr<GraphNodeBase, KS_NO>;
-using Pins = ArrayOfPtr<GraphNodePin, KS_NO>;
-using Connections = ArrayOfPtr<GraphConnection, KS_NO>;
 using Calls = std::vector<std::string>;
-
-std::string text(GraphNodeBase* node)
-{
-    return node != nullptr ? std::string(node->getName()) : "-";
-}
-
-std::string text(GraphNodePin const* pin)
-{
-    if (pin == nullptr) return "-";
-    return text(pin->getParentGraphNodePtr()) + "." + const_cast<GraphNodePin*>(pin)->getName().c_str();
-}
-
-std::string text(GraphConnection const* connection)
-{
-    return connection != nullptr ? text(connection->getSourcePin()) + " > " + text(connection->getTargetPin())
-                                 : "-";
-}
-
-template <class List>
-Calls texts(List const& list)
-{
-    Calls lines;
-    for (auto* element : list) lines.push_back(text(element));
-    return lines;
-}
-
-Nodes listOf(std::initializer_list<GraphNodeBase*> nodes)
-{
-    Nodes list;
-    for (GraphNodeBase* node : nodes) list.append(node);
-    return list;
-}
 
 /// A connection that lies about itself when it is told to.
 class HostConnection : public GraphConnection

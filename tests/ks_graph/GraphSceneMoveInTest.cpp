@@ -1,4 +1,5 @@
 #include "support/CallbackLog.h"
+#include "support/GraphTexts.h"
 #include "support/SceneInvariants.h"
 #include "support/TestGraph.h"
 
@@ -24,62 +25,12 @@ using ::testing::IsEmpty;
 using ::testing::Pair;
 using ::testing::UnorderedElementsAre;
 
-using Nodes = ArrayOfPtr<GraphNodeBase, KS_NO>;
-using Connections = ArrayOfPtr<GraphConnection, KS_NO>;
-using Interfaces = std::map<GraphNodeBase*, GraphNodeBase*>;
-
-Nodes listOf(std::initializer_list<GraphNodeBase*> nodes)
-{
-    Nodes list;
-    for (GraphNodeBase* node : nodes) list.append(node);
-    return list;
-}
-
-std::string text(GraphNodePin* pin)
-{
-    return std::string(pin->getParentGraphNodePtr()->getName()) + "." + pin->getName().c_str();
-}
-
-std::string text(GraphConnection const& connection)
-{
-    return text(connection.getSourcePin()) + " > " + text(connection.getTargetPin());
-}
-
-std::vector<std::string> texts(Connections const& connections)
-{
-    std::vector<std::string> lines;
-    for (GraphConnection* connection : connections)
-        lines.push_back(connection != nullptr ? text(*connection) : "-");
-    return lines;
-}
-
-std::vector<std::string> texts(Array<GraphConnection, _Wa> const& connections)
-{
-    std::vector<std::string> lines;
-    for (GraphConnection const& connection : connections) lines.push_back(text(connection));
-    return lines;
-}
-
-std::vector<std::string> texts(ArrayOfPtr<GraphNodePin, KS_NO> const& pins)
-{
-    std::vector<std::string> lines;
-    for (GraphNodePin* pin : pins) lines.push_back(text(pin));
-    return lines;
-}
-
-std::vector<std::string> texts(Nodes const& nodes)
-{
-    std::vector<std::string> lines;
-    for (GraphNodeBase* node : nodes) lines.emplace_back(node->getName());
-    return lines;
-}
-
 /// Everything that a move in reports, in the order of its parameters.
 struct MoveIn
 {
-    std::map<KS_String, KS_String> pinRenames;
-    Interfaces inputInterfaces;
-    Interfaces outputInterfaces;
+    PinRenames pinRenames;
+    InterfaceOfNode inputInterfaces;
+    InterfaceOfNode outputInterfaces;
     Nodes newInterfaceNodes;
     ArrayOfPtr<GraphNodePin, KS_NO> newCompoundPins;
     Array<GraphConnection, _Wa> removedConnections;
@@ -98,12 +49,7 @@ struct MoveIn
         return run(scene, listOf(nodes), compound);
     }
 
-    std::map<std::string, std::string> renames() const
-    {
-        std::map<std::string, std::string> plain;
-        for (auto const& [after, before] : pinRenames) plain.emplace(after, before);
-        return plain;
-    }
+    std::map<std::string, std::string> renames() const { return texts(pinRenames); }
 };
 
 /// The filters a, b and c and the empty compound C, all under the root.

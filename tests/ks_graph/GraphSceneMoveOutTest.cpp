@@ -1,4 +1,5 @@
 #include "support/CallbackLog.h"
+#include "support/GraphTexts.h"
 #include "support/SceneInvariants.h"
 #include "support/TestGraph.h"
 
@@ -24,39 +25,6 @@ using ::testing::IsEmpty;
 using ::testing::Pair;
 using ::testing::UnorderedElementsAre;
 
-using Nodes = ArrayOfPtr<GraphNodeBase, KS_NO>;
-using Pins = ArrayOfPtr<GraphNodePin, KS_NO>;
-using Connections = ArrayOfPtr<GraphConnection, KS_NO>;
-using Values = Array<GraphConnection, _Wa>;
-
-std::string text(GraphNodePin* pin)
-{
-    return std::string(pin->getParentGraphNodePtr()->getName()) + "." + pin->getName().c_str();
-}
-
-std::string text(GraphConnection const& connection)
-{
-    return text(connection.getSourcePin()) + " > " + text(connection.getTargetPin());
-}
-
-std::string text(GraphConnection* connection)
-{
-    return connection != nullptr ? text(*connection) : "-";
-}
-
-std::string text(GraphNodeBase* node)
-{
-    return std::string(node->getName());
-}
-
-template <class List>
-std::vector<std::string> texts(List const& list)
-{
-    std::vector<std::string> lines;
-    for (auto const& element : list) lines.push_back(text(element));
-    return lines;
-}
-
 enum class Way
 {
     dropping,
@@ -66,14 +34,14 @@ enum class Way
 /// Runs either of the two moves out and keeps everything that it reports.
 struct MoveOut
 {
-    std::map<KS_String, KS_String> pinRenames;
-    Values removedOuter;
-    Values removed;
+    PinRenames pinRenames;
+    ConnectionValues removedOuter;
+    ConnectionValues removed;
     Connections made;
     Connections spare;
     Connections inner;
-    std::map<GraphNodeBase*, GraphNodeBase*> inputInterfaces;
-    std::map<GraphNodeBase*, GraphNodeBase*> outputInterfaces;
+    InterfaceOfNode inputInterfaces;
+    InterfaceOfNode outputInterfaces;
     Nodes newInterfaceNodes;
     Pins newCompoundPins;
 
@@ -87,12 +55,7 @@ struct MoveOut
             outputInterfaces, newInterfaceNodes, newCompoundPins);
     }
 
-    std::map<std::string, std::string> renames() const
-    {
-        std::map<std::string, std::string> plain;
-        for (auto const& [after, before] : pinRenames) plain.emplace(after, before);
-        return plain;
-    }
+    std::map<std::string, std::string> renames() const { return texts(pinRenames); }
 };
 
 struct PinPair
