@@ -7,7 +7,9 @@
 #include "Text.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 namespace material_graph
 {
@@ -71,6 +73,13 @@ Status deliver(std::string const& result, std::optional<std::string> const& file
     return Status::NotRun;
 }
 
+// Whether both names lead to one file; false for what does not exist.
+bool isSameFile(std::string const& a, std::string const& b)
+{
+    std::error_code notThere;
+    return std::filesystem::equivalent(a, b, notThere);
+}
+
 } // namespace
 
 Status runCommandLine(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& err,
@@ -80,6 +89,11 @@ Status runCommandLine(std::vector<std::string> const& arguments, std::ostream& o
     if (!request)
     {
         err << usage;
+        return Status::NotRun;
+    }
+    if (request->outputFile && isSameFile(request->document, *request->outputFile))
+    {
+        err << "material_graph: " << quoted(*request->outputFile) << " is the document itself\n";
         return Status::NotRun;
     }
     MaterialScene scene;

@@ -22,6 +22,9 @@ namespace kestrel
 /// Capacity is exact: copies hold just what they need and `+=` grows just as far as it must, so a text built
 /// by many appends reallocates at every one. `reserve` first, or build long texts elsewhere.
 ///
+/// It converts to and from `std::string_view`; `KS_String(text)` takes a `std::string`, `std::string(text)`
+/// gives one, and streams print `c_str()`.
+///
 /// A null `const char*` reads as the empty text. Arguments may point into the text itself. A moved-from text
 /// reads as the empty text and may be used again. When an allocation fails, the text is as it was before, or
 /// empty if it was being read.

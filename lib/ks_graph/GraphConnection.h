@@ -81,10 +81,11 @@ public:
     /// @}
 
     /// "<node>.<pin> > <node>.<pin>", source first, with the nodes' full names. Empty when it is not
-    /// connected or a pin has no node. The layout knows connections by this name.
+    /// connected or a pin has no node. Hosts key what they keep about a connection by it.
     virtual KS_String getFullName();
 
-    /// Implicit connections are left out of queries that are asked to, and of the scene's explicit adjacency.
+    /// A connection that the host made by itself, and not its user, may be implicit. Queries leave it out
+    /// when they are asked to, and the scene's explicit adjacency does not count it.
     virtual bool isImplicit() const;
     /// False.
     virtual bool isBidirectional() const;

@@ -307,7 +307,8 @@ public:
     /// @{
 
     /// Appends the connections into the input pins, then those out of the output pins. `unique` removes
-    /// repeats from the whole of `out`, keeping the first. True if `out` holds any afterwards.
+    /// repeats from the whole of `out`, keeping the first. True if `out` holds any afterwards. Mind the order
+    /// of the first two flags: it is not that of the pin's operations.
     virtual bool getConnections(ArrayOfPtr<GraphConnection, KS_NO>& out, bool const& outputs,
                                 bool const& inputs, bool const& includeImplicit, bool const& unique) const;
     /// Appends the connections to `node`, then, with `bothDirections`, those from it. Null gives what `out`

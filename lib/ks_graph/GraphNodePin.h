@@ -192,7 +192,8 @@ public:
     unsigned int const& getId() const { return id_; }
     void setId(unsigned int const& id) { id_ = id; }
 
-    /// The capacity, both directions together. Lowering it removes nothing.
+    /// The capacity, both directions together; 0xFFFFFFFF is as good as no limit. Lowering it removes
+    /// nothing.
     unsigned int const& getMaxNumConnections() const { return maxNumConnections_; }
     void setMaxNumConnections(unsigned int const& count) { maxNumConnections_ = count; }
 

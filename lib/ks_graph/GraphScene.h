@@ -297,8 +297,12 @@ public:
     /// @}
 
     /// @name Making nodes: with a free id, neither named nor added; the caller owns them
+    /// A host overrides them for node classes of its own.
     /// @{
+
+    /// With the compound flag set; an override sets it, too.
     virtual GraphNodeBase* createNewCompound();
+    /// With the interface flag set; an override sets it, too.
     virtual GraphNodeBase* createNewInterfaceNode();
     /// Both a plain node.
     virtual GraphNodeBase* createNewPassThrough();
@@ -331,6 +335,14 @@ public:
     /// the case of its letters, gets a free one; so does a node that is there already, whose own name it is.
     /// Connections that `connect` refuses are null entries. Implicit connections are left alone. A compound
     /// may be moved like any node. All moves return true.
+    ///
+    /// The new pins come from `createNewPin` and know nothing of the connection that they replace, which is
+    /// deleted before its halves are made: a half that is refused is lost. So a host whose pins refuse some
+    /// types lets a fresh pin take any, and learn its type in `addInputConnection` and `addOutputConnection`,
+    /// as the pins of `examples/material_graph` do.
+    ///
+    /// To dissolve a compound, move out a copy of its children, then `removeNodePins` of each interface node
+    /// left in it and of the compound, `removeNodeFromGraph` of the compound, and delete them.
     /// @{
 
     /// Moves nodes into the compound. A connection that then crosses the boundary is replaced by two, through
@@ -398,13 +410,16 @@ public:
     /// rename of either.
     /// @{
 
-    /// A new registered pin of the node, named "Untitled", with an id of its own in the process. The node
-    /// owns it. Null, with nothing made, without a node, and null when `addNodePin` refused the pin. A pin
-    /// that the node itself refuses is returned without node, registered under its bare name.
+    /// A new registered pin of the node, made by the other `createNewPin`. It is named "Untitled": name it
+    /// before the next pin of the node is made, or the two share one entry and the second is not found by
+    /// name. The node owns it. Null, with nothing made, without a node, and null when `addNodePin` refused
+    /// the pin. A pin that the node itself refuses is returned without node, registered under its bare name.
     virtual GraphNodePin* createNewPin(GraphNodeBase* node, unsigned int const& maxNumConnections,
                                        PinDirection const& direction);
-    /// A new registered pin without node, which the caller owns. When an override of `addNodePin` refuses it,
-    /// null, and the pin is left to that override.
+    /// A new registered pin without node, which the caller owns, with an id of its own in the process. This
+    /// is the one to override for a pin class of the host's: it gives the pin an id that no other pin of the
+    /// scene has and registers it with `addNodePin`. When an override of `addNodePin` refuses it, null, and
+    /// the pin is left to that override.
     virtual GraphNodePin* createNewPin(unsigned int const& maxNumConnections, PinDirection const& direction);
 
     /// Registers the pin. True whether or not its keys were free; false for null. The dirty flag tells

@@ -68,9 +68,8 @@ private:
 /// Keeps the messages whose level passes its verbosity, in the order in which they came, without limit.
 ///
 /// What is kept depends on the handler's own verbosity alone. A verbosity of 0 means "not set here":
-/// `getActualVerbosityLevel` then asks the parents, but `push` does not, and keeps nothing of level 1
-/// and above. A host that
-/// wants a handler to inherit its verbosity copies it from `getActualVerbosityLevel`.
+/// `getActualVerbosityLevel` then asks the parents, but `push` does not, and keeps nothing of level 1 and
+/// above. A host that wants a handler to inherit its verbosity copies it from `getActualVerbosityLevel`.
 ///
 /// The handler owns its messages and not its parent, which has to outlive it. A copy has the same parent.
 class KS_GRAPH_API MessageHandler

@@ -235,6 +235,20 @@ TEST(MaterialProgram, OptionOWritesTheResultToAFileAndNothingBeside)
     EXPECT_THAT(folder.names(), ::testing::UnorderedElementsAre("test.mtlx", "result"));
 }
 
+TEST(MaterialProgram, DocumentIsNeverTheOutputFile)
+{
+    Folder const folder;
+    std::string const document = folder.write("test.mtlx", materialx(twoNodes));
+    fs::create_symlink(document, folder.file("link"));
+    for (std::string const& output : {document, folder.file("link")})
+    {
+        Outcome const run({document, "xml", "-o", output});
+        EXPECT_EQ(run.status, Status::NotRun);
+        EXPECT_THAT(run.err, HasSubstr("is the document itself"));
+        EXPECT_EQ(contentOf(document), materialx(twoNodes));
+    }
+}
+
 TEST(MaterialProgram, FailedCommandLeavesTheOutputFileAlone)
 {
     Folder const folder;
