@@ -65,7 +65,7 @@ Status deliver(std::string const& result, std::optional<std::string> const& file
     {
         std::string const error = writeOutputFile(*file, result);
         if (error.empty()) return Status::Done;
-        err << "material_graph: cannot write " << quoted(*file) << ": " << error << "\n";
+        err << "material_graph: cannot write " << inQuotes(*file) << ": " << error << "\n";
         return Status::NotRun;
     }
     if (out << result << std::flush) return Status::Done;
@@ -93,14 +93,14 @@ Status runCommandLine(std::vector<std::string> const& arguments, std::ostream& o
     }
     if (request->outputFile && isSameFile(request->document, *request->outputFile))
     {
-        err << "material_graph: " << quoted(*request->outputFile) << " is the document itself\n";
+        err << "material_graph: " << inQuotes(*request->outputFile) << " is the document itself\n";
         return Status::NotRun;
     }
     MaterialScene scene;
     std::string const unreadable = DocumentReader(scene, progress).readFile(request->document);
     if (!unreadable.empty())
     {
-        err << "material_graph: cannot read " << quoted(request->document) << ": " << unreadable << "\n"
+        err << "material_graph: cannot read " << inQuotes(request->document) << ": " << unreadable << "\n"
             << usage;
         return Status::NotRun;
     }

@@ -40,7 +40,7 @@ Result fail(MaterialScene& scene, char const* command, std::string const& text)
 MaterialNode* nodeNamed(MaterialScene& scene, char const* command, std::string const& name)
 {
     MaterialNode* const node = scene.findNode(name);
-    if (node == nullptr) fail(scene, command, "there is no node " + quoted(name));
+    if (node == nullptr) fail(scene, command, "there is no node " + inQuotes(name));
     return node;
 }
 
@@ -80,7 +80,7 @@ Result connections(MaterialScene& scene, Arguments const& arguments)
 Result find(MaterialScene& scene, Arguments const& arguments)
 {
     GraphNodePin* const pin = scene.findPin(arguments[0]);
-    if (pin == nullptr) return fail(scene, "find", "there is no pin " + quoted(arguments[0]));
+    if (pin == nullptr) return fail(scene, "find", "there is no pin " + inQuotes(arguments[0]));
     std::string text(pin->getFullName());
     text.append(pin->isInputPin() ? ", input (" : ", output (").append(pin->getInfo()).append(")\n");
     ArrayOfPtr<GraphConnection, KS_NO> list;
@@ -108,7 +108,7 @@ Result groupingResult(MaterialScene& scene, char const* command, GroupingChanges
 // Why a node cannot be put into a group with the others; empty when it can.
 std::string obstacleToGroup(MaterialNode& node, GraphNodeBase* owner)
 {
-    std::string const subject = quoted(node.getFullName()) + " ";
+    std::string const subject = inQuotes(node.getFullName()) + " ";
     if (node.isRoot()) return subject + "is the document itself";
     if (node.isInterface()) return subject + "is an interface node and belongs to its compound";
     if (node.getNodeOwner() != owner) return subject + "is not beside the first node";
@@ -132,7 +132,7 @@ Result groupNodes(MaterialScene& scene, Arguments const& arguments)
     if (name.isEmpty()) return fail(scene, "group", "the compound needs a name");
     if (owner.getNodeByName(name, false) != nullptr)
         return fail(scene, "group",
-                    "the name " + quoted(arguments[0]) + " is taken in " + quoted(owner.getFullName()));
+                    "the name " + inQuotes(arguments[0]) + " is taken in " + inQuotes(owner.getFullName()));
     GroupingChanges changes;
     group(scene, name, nodes, changes);
     return groupingResult(scene, "group", changes);
@@ -143,7 +143,7 @@ Result ungroupNode(MaterialScene& scene, Arguments const& arguments)
     MaterialNode* const compound = nodeNamed(scene, "ungroup", arguments[0]);
     if (compound == nullptr) return std::nullopt;
     if (compound->isRoot() || !compound->isCompound())
-        return fail(scene, "ungroup", quoted(arguments[0]) + " is not a compound");
+        return fail(scene, "ungroup", inQuotes(arguments[0]) + " is not a compound");
     GroupingChanges changes;
     ungroup(scene, *compound, changes);
     return groupingResult(scene, "ungroup", changes);

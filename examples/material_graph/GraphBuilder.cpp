@@ -28,9 +28,9 @@ std::string typeOf(pugi::xml_node element)
 
 std::string whatIsWrongWithName(pugi::xml_node element, MaterialNode& owner)
 {
-    std::string const subject = std::string("<") + element.name() + "> in " + quoted(owner.getFullName());
+    std::string const subject = std::string("<") + element.name() + "> in " + inQuotes(owner.getFullName());
     if (nameOf(element).empty()) return subject + " has no name";
-    return subject + " has the name " + quoted(nameOf(element)) + ", which is taken there";
+    return subject + " has the name " + inQuotes(nameOf(element)) + ", which is taken there";
 }
 
 void noteUse(pugi::xml_node port, Uses& uses)
@@ -119,7 +119,7 @@ void GraphBuilder::enter(pugi::xml_node element, MaterialNode& node, Scope& scop
     if (node.getName() != KS_String(name))
         diagnostics_.error(element, node,
                            whatIsWrongWithName(element, *scope.compound) + "; it is read as " +
-                               quoted(node.getName()));
+                               inQuotes(node.getName()));
 }
 
 void GraphBuilder::readInputs(pugi::xml_node element, MaterialNode& node, Scope& scope)

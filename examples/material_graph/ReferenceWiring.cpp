@@ -21,7 +21,7 @@ GraphNodeBase& nodeOf(Port const& port)
 
 std::string typed(MaterialPin& pin)
 {
-    return quoted(pin.getFullName()) + " (" + std::string(pin.getInfo()) + ")";
+    return inQuotes(pin.getFullName()) + " (" + std::string(pin.getInfo()) + ")";
 }
 
 } // namespace
@@ -57,7 +57,7 @@ pugi::xml_node ReferenceWiring::referenceOf(Port const& port)
     char const* const name = port.element.attribute("output").value();
     pugi::xml_node const output = port.scope->element.find_child_by_attribute("output", "name", name);
     if (!output || output == port.element)
-        report(port, "refers to the output " + quoted(name) + ", which is not there");
+        report(port, "refers to the output " + inQuotes(name) + ", which is not there");
     return output;
 }
 
@@ -73,8 +73,8 @@ void ReferenceWiring::wireToNode(Port const& port, pugi::xml_node reference, cha
     }
     else if (port.scope->outer != nullptr || !definitions_.hasIncludes())
     {
-        report(port, "refers to " + quoted(name) + ", which is not in " +
-                         quoted(port.scope->compound->getFullName()));
+        report(port, "refers to " + inQuotes(name) + ", which is not in " +
+                         inQuotes(port.scope->compound->getFullName()));
     }
 }
 
@@ -86,15 +86,15 @@ void ReferenceWiring::wireToInterface(Port const& port)
     if (found != port.scope->interfaceInputs.end())
         connect(*found->second, port);
     else
-        report(port, "refers to the interface input " + quoted(name) + ", which " +
-                         quoted(port.scope->compound->getFullName()) + " does not have");
+        report(port, "refers to the interface input " + inQuotes(name) + ", which " +
+                         inQuotes(port.scope->compound->getFullName()) + " does not have");
 }
 
 void ReferenceWiring::connect(MaterialPin& source, Port const& port)
 {
     if (scene_.connect(&source, port.pin, false) != nullptr) return;
     report(port, scene_.isPinFull(port.pin)
-                     ? "is connected already and refuses " + quoted(source.getFullName())
+                     ? "is connected already and refuses " + inQuotes(source.getFullName())
                      : "takes " + std::string(port.pin->getInfo()) + " and refuses " + typed(source));
 }
 
@@ -113,10 +113,10 @@ MaterialPin* ReferenceWiring::outputFor(Port const& port, MaterialNode& node, st
         return &pin;
     }
     if (name.empty() && !outputs.pins.empty())
-        report(port, "does not say which output of " + quoted(node.getFullName()) + " it takes");
+        report(port, "does not say which output of " + inQuotes(node.getFullName()) + " it takes");
     else
-        report(port, "refers to " + (name.empty() ? "an output" : "the output " + quoted(name)) + " of " +
-                         quoted(node.getFullName()) + ", which has none" +
+        report(port, "refers to " + (name.empty() ? "an output" : "the output " + inQuotes(name)) + " of " +
+                         inQuotes(node.getFullName()) + ", which has none" +
                          (name.empty() ? "" : " of that name"));
     return nullptr;
 }
@@ -133,8 +133,8 @@ void ReferenceWiring::report(Port const& port, std::string const& text)
 {
     GraphNodeBase& node = nodeOf(port);
     diagnostics_.error(port.element, node,
-                       std::string(port.element.name()) + " " + quoted(port.pin->getName()) + " of " +
-                           quoted(node.getFullName()) + " " + text);
+                       std::string(port.element.name()) + " " + inQuotes(port.pin->getName()) + " of " +
+                           inQuotes(node.getFullName()) + " " + text);
 }
 
 } // namespace material_graph

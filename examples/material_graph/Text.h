@@ -7,7 +7,7 @@
 namespace material_graph
 {
 
-inline std::string quoted(std::string_view name)
+inline std::string inQuotes(std::string_view name)
 {
     std::string text("'");
     text.append(name).append("'");
