@@ -149,7 +149,7 @@ bool anyMessage(GraphNodeBase const& node, Predicate predicate)
 struct GraphNodeBase::ChildRenames
 {
     GraphScene* scene;
-    GraphScene::PinRenames pins;
+    std::vector<std::pair<KS_String, KS_String>> pins;
 };
 
 // Where a node stands among its owner's children, so that a move that fails can be taken back.
@@ -428,8 +428,8 @@ void GraphNodeBase::setNodeOwner(GraphNodeBase* newOwner)
     }
     catch (std::bad_alloc const&)
     {
-        // With a scene, addNode has re-keyed everything below, and the move has happened. Without one, no map
-        // knows of it yet.
+        // With a scene, addNode has re-keyed everything below that is in this scene, and the move has
+        // happened; a child of another scene keeps its old keys. Without one, no map knows of the move yet.
         if (getGraphScene() != nullptr) return;
         place.restore(*newOwner);
         throw;
@@ -753,9 +753,12 @@ bool GraphNodeBase::removeNodePin(GraphNodePin* pin)
 // Allocates nothing: destructors call it.
 void GraphNodeBase::destroyNodePins()
 {
-    while (!nodePins_.isEmpty())
+    // Up to the pins that were there at the start: a callback may add others.
+    for (unsigned int left = nodePins_.size(); left > 0 && !nodePins_.isEmpty();)
     {
         GraphNodePin* const pin = nodePins_[0];
+        auto const entries = static_cast<unsigned int>(std::count(nodePins_.begin(), nodePins_.end(), pin));
+        left -= std::min(left, entries);
         removeNodePin(pin);
         nodePins_.removeAll(pin); // also when an override has left it there
         delete pin;

@@ -60,7 +60,8 @@ public:
     virtual bool isValid() const;
     /// Whether the compound flag is set or the node has children.
     virtual bool isCompound() const;
-    /// False; a hook, as are the other five type questions of the kind. `dynamicPinsAllowed` asks this one.
+    /// False; a hook, as are `isGroup`, `isPassThrough`, `isIterator`, `isEditable`, `isUpdating` and
+    /// `isWorkflowFamily`. `dynamicPinsAllowed` asks this one.
     virtual bool isEvaluator() const;
     /// Asks `isPassThrough`.
     virtual bool isPassThroughFamily() const;
@@ -323,9 +324,9 @@ public:
     /// The node's element in the scene XML: the stored id and the pins; no name, no children.
     virtual KS_String toXml();
 
-    /// Nothing; hooks. `GraphScene::addNodeToGraph` calls the first when the node is registered but has
-    /// neither scene nor owner yet, `removeNodeFromGraph` the second when its connections and children are
-    /// gone but it still has its owner and its place in the id map.
+    /// Nothing; hooks. `GraphScene::addNodeToGraph` calls the first when the node is registered, before
+    /// its scene is set and it gets the root as owner if it has none, `removeNodeFromGraph` the second when
+    /// its connections and children are gone but it still has its owner and its place in the id map.
     virtual void onAddingToScene();
     virtual void onRemovingFromScene();
 

@@ -149,11 +149,11 @@ public:
     /// @}
 
     /// @name Entering and leaving the connection lists, under the pin's lock
-    /// The scene calls them through the connection; they change one list and nothing else. Adding appends,
-    /// also what is already there; removing takes out the first entry, moves the last one into its place, and
-    /// does nothing if there is none. A null connection is ignored. Constant time on average, however long
-    /// the list, until `refInputConnections` or `refOutputConnections` has put that list into the host's
-    /// hands: from then on a removal searches it.
+    /// The scene calls the adding ones itself and the removing ones through the connection; they change one
+    /// list and nothing else. Adding appends, also what is already there; removing takes out the first entry,
+    /// moves the last one into its place, and does nothing if there is none. A null connection is ignored.
+    /// Constant time on average, however long the list, until `refInputConnections` or `refOutputConnections`
+    /// has put that list into the host's hands: from then on a removal searches it.
     /// @{
     virtual void addInputConnection(GraphConnection* connection);
     virtual void addOutputConnection(GraphConnection* connection);

@@ -111,13 +111,37 @@ std::unique_ptr<GraphNodeBase> newNode(unsigned int id)
 GraphScene::GraphScene() : id_(std::atomic_ref(lastUsedId_).fetch_add(1) + 1) {}
 
 GraphScene::GraphScene(GraphScene const& other) = default;
-GraphScene::GraphScene(GraphScene&& other) = default;
-GraphScene& GraphScene::operator=(GraphScene&& other) = default;
 
 // A copy that fails leaves this scene as it was.
 GraphScene& GraphScene::operator=(GraphScene const& other)
 {
-    return *this = GraphScene(other);
+    GraphScene copy(other);
+    swapState(copy);
+    return *this;
+}
+
+void GraphScene::swapState(GraphScene& other) noexcept
+{
+    std::swap(nodesById_, other.nodesById_);
+    std::swap(pinsById_, other.pinsById_);
+    std::swap(pinsByFullName_, other.pinsByFullName_);
+    std::swap(graphConnections_, other.graphConnections_);
+    std::swap(allowDuplicatedConnections_, other.allowDuplicatedConnections_);
+    std::swap(allowLoops_, other.allowLoops_);
+    std::swap(isDirty_, other.isDirty_);
+    std::swap(keepRootNode_, other.keepRootNode_);
+    std::swap(rootNode_, other.rootNode_);
+    std::swap(messages_, other.messages_);
+    std::swap(id_, other.id_);
+    std::swap(nodeColorMap_, other.nodeColorMap_);
+    std::swap(adjacencyMap_, other.adjacencyMap_);
+    std::swap(useAdjacencyMap_, other.useAdjacencyMap_);
+    std::swap(lastImportedNodes_, other.lastImportedNodes_);
+    std::swap(lastImportedConnections_, other.lastImportedConnections_);
+    std::swap(clearing_, other.clearing_);
+    std::swap(lastFreeNodeId_, other.lastFreeNodeId_);
+    ++registryVersion_;
+    arrayIndex_.value.reset();
 }
 
 GraphScene::~GraphScene() = default;
@@ -419,16 +443,23 @@ bool GraphScene::getConnectionsBetweenNodes(GraphNodeBase const* a, GraphNodeBas
     return !out.isEmpty();
 }
 
-bool GraphScene::getConnectionsInvolvingNodes(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes,
-                                              bool const& skipInterfaces, bool const& includeImplicit,
-                                              bool const& unique,
-                                              ArrayOfPtr<GraphConnection, KS_NO>& out) const
+// The connections of each node, repeats included.
+void GraphScene::gatherConnections(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes, bool skipInterfaces,
+                                   bool includeImplicit, ArrayOfPtr<GraphConnection, KS_NO>& out) const
 {
     for (GraphNodeBase const* const node : nodes)
     {
         if (node == nullptr || (skipInterfaces && node->isInterface())) continue;
         getConnectionsWithNode(node, out, true, true, includeImplicit, false);
     }
+}
+
+bool GraphScene::getConnectionsInvolvingNodes(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes,
+                                              bool const& skipInterfaces, bool const& includeImplicit,
+                                              bool const& unique,
+                                              ArrayOfPtr<GraphConnection, KS_NO>& out) const
+{
+    gatherConnections(nodes, skipInterfaces, includeImplicit, out);
     if (unique) removeRepeats(out);
     return !out.isEmpty();
 }
@@ -437,11 +468,7 @@ bool GraphScene::getConnectionsInvolvingOnlyNodes(ArrayOfPtr<GraphNodeBase, KS_N
                                                   bool const& skipInterfaces, bool const& includeImplicit,
                                                   ArrayOfPtr<GraphConnection, KS_NO>& out) const
 {
-    for (GraphNodeBase const* const node : nodes)
-    {
-        if (node == nullptr || (skipInterfaces && node->isInterface())) continue;
-        getConnectionsWithNode(node, out, true, true, includeImplicit, false);
-    }
+    gatherConnections(nodes, skipInterfaces, includeImplicit, out);
     PointerSet<GraphNodeBase> const listed(nodes);
     PointerSet<GraphConnection> kept;
     auto const isListed = [&listed](GraphNodeBase const* node)
@@ -612,6 +639,7 @@ bool GraphScene::removeAllNodes()
         else
             nodes.append(rootNode_);
 
+        keepLastOfEach(nodes); // a list may hold a node twice
         // From the deepest up: a node's owner is still there when the callback asks for it.
         for (unsigned int i = nodes.size(); i-- > 0;)
         {
@@ -764,12 +792,12 @@ GraphNodeBase* GraphScene::createNewInterfaceNode()
 
 GraphNodeBase* GraphScene::createNewPassThrough()
 {
-    return newNode(getFreeNodeId()).release();
+    return new GraphNodeBase(getFreeNodeId());
 }
 
 GraphNodeBase* GraphScene::createNewEvaluator()
 {
-    return newNode(getFreeNodeId()).release();
+    return new GraphNodeBase(getFreeNodeId());
 }
 
 // ---- Compounds and interfaces ----
@@ -932,7 +960,7 @@ GraphNodePin* GraphScene::createNewPin(unsigned int const& maxNumConnections, Pi
 {
     auto pin = std::make_unique<GraphNodePin>(nullptr, maxNumConnections, direction);
     pin->setId(nextPinId.fetch_add(1));
-    ScopeExit unregister([this, &pin] { removePinFromMapById(pin->getId()); });
+    ScopeExit unregister([this, &pin] { unregisterId(*pin); });
     bool const registered = addNodePin(pin.get());
     unregister.dismiss();
     GraphNodePin* const created = pin.release(); // a refused pin is the refusing override's to clean up
@@ -950,7 +978,7 @@ GraphNodePin* GraphScene::createNewPin(GraphNodeBase* node, unsigned int const& 
     ScopeExit discard(
         [this, node, pin]
         {
-            removePinFromMapById(pin->getId());
+            unregisterId(*pin);
             node->removeNodePin(pin);
             delete pin;
         });
@@ -986,7 +1014,7 @@ bool GraphScene::addNodePin(GraphNodeBase* node, GraphNodePin* pin)
         [this, node, pin, wasRegistered, &oldFullName]
         {
             if (wasRegistered) return;
-            removePinFromMapById(pin->getId());
+            unregisterId(*pin);
             if (getPinPtrByFullName(oldFullName) == pin) removePinFromMapByFullName(oldFullName);
             node->removeNodePin(pin);
         });
@@ -995,6 +1023,12 @@ bool GraphScene::addNodePin(GraphNodeBase* node, GraphNodePin* pin)
     if (!added) return false;
     isDirty_ = true;
     return true;
+}
+
+// Undoes a registration; a key that another pin holds stays.
+void GraphScene::unregisterId(GraphNodePin const& pin)
+{
+    if (getPinPtrById(pin.getId()) == &pin) removePinFromMapById(pin.getId());
 }
 
 bool GraphScene::addNodePins(GraphNodeBase* node, ArrayOfPtr<GraphNodePin, KS_NO> const& pins)

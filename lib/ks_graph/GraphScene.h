@@ -60,11 +60,6 @@ public:
     GraphScene(GraphScene const& other);
     GraphScene& operator=(GraphScene const& other);
 
-    /// Takes over what the other scene holds, its id too. The other one is then good for assignment and
-    /// destruction only.
-    GraphScene(GraphScene&& other);
-    GraphScene& operator=(GraphScene&& other);
-
     /// Deletes neither nodes nor connections.
     ~GraphScene() override;
 
@@ -95,7 +90,8 @@ public:
     static NodeCallback ungroupNodeCallback_;
     /// @}
 
-    /// The id of the scene that was constructed last; 0 at start. Counted without a race between threads.
+    /// The scene id that was given out last; 0 at start. Copies take none. Counted without a race between
+    /// threads.
     static unsigned int lastUsedId_;
 
     /// @name Looking up
@@ -325,9 +321,8 @@ public:
     ///
     /// The moves append to their lists and insert into their maps, never overwriting:
     /// - `pinRenames`: the full name of each pin of a moved node after the move, with the one before it;
-    /// - `inputInterfaces`, `outputInterfaces`: a moved node with the interface node that serves its
-    /// connections
-    ///   into or out of the compound; pass the same maps again to go on using those nodes;
+    /// - `inputInterfaces`, `outputInterfaces`: a moved node with the interface node that serves it in that
+    ///   direction; pass the same maps again to go on using those nodes;
     /// - `newInterfaceNodes`, `newCompoundPins`: what was made;
     /// - `removedConnections`, `removedOuterConnections`: values of the connections that were deleted.
     ///
@@ -431,7 +426,8 @@ public:
     /// The result for the last pin; true for an empty list.
     virtual bool addNodePins(GraphNodeBase* node, ArrayOfPtr<GraphNodePin, KS_NO> const& pins);
 
-    /// Takes the pin's id and full name out of the maps. The pin stays on its node and wired. False for null.
+    /// Takes the pin's id and full name out of the maps, whichever pin is registered under them. The pin
+    /// stays on its node and wired. False for null.
     virtual bool removeNodePin(GraphNodePin* pin);
     /// `removeNodePinFromSceneAndNode` for each pin of the node. So compound pins without an interface pin
     /// stay.
@@ -563,7 +559,8 @@ public:
     /// True at start. Only stored: loops are for the pins' rules to refuse.
     bool const& getAllowLoops() const { return allowLoops_; }
     void setAllowLoops(bool const& allow) { allowLoops_ = allow; }
-    /// Set by every change of the registry and the wiring; the host clears it.
+    /// Set by every change of the registry and the wiring; the host clears it. An insertion whose key is
+    /// taken clears it, too.
     bool const& getIsDirty() const { return isDirty_; }
     void setIsDirty(bool const& dirty) { isDirty_ = dirty; }
     /// True at start.
@@ -678,7 +675,11 @@ private:
     void rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullName, KS_String const& newFullName);
     static PinRenames pinRenamesBelow(GraphNodeBase const* node, KS_String const& oldFullName,
                                       KS_String const& newFullName);
+    void gatherConnections(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes, bool skipInterfaces,
+                           bool includeImplicit, ArrayOfPtr<GraphConnection, KS_NO>& out) const;
     void endPin(GraphNodePin* pin);
+    void unregisterId(GraphNodePin const& pin);
+    void swapState(GraphScene& other) noexcept;
     void removeEach(ArrayOfPtr<GraphConnection, KS_NO>& connections);
     void enter(GraphConnection* connection, GraphNodePin* source, GraphNodePin* target);
     void takeOutOfArray(GraphConnection* connection);

@@ -344,4 +344,27 @@ TEST(AllocationFailure, DoesNotReachTheDestructionOfPins)
     EXPECT_EQ(livingAllocations(), living);
 }
 
+TEST(AllocationFailure, OfANewPinLeavesTheEntryOfAnotherPinOfThatIdAlone)
+{
+    for (long number = 1; number < 10; ++number)
+    {
+        SCOPED_TRACE(number);
+        Graph graph;
+        std::unique_ptr<GraphNodePin> const last(graph.scene.createNewPin(1, PIN_INPUT));
+        graph.scene.removeNodePin(last.get());
+        GraphNodePin hosts;
+        hosts.setId(last->getId() + 1); // the id that the next pin gets
+        graph.scene.addNodePin(&hosts);
+        try
+        {
+            FailAllocation const failure(number, false);
+            graph.scene.createNewPin(&graph.other, 1, PIN_INPUT);
+        }
+        catch (std::bad_alloc const&)
+        {}
+        EXPECT_EQ(graph.scene.getPinPtrById(hosts.getId()), &hosts);
+        graph.scene.removeNodePin(&hosts);
+    }
+}
+
 } // namespace kestrel::graph::test

@@ -736,4 +736,21 @@ TEST(NodeDynamicPins, NodeWithoutSceneHasNone)
     EXPECT_TRUE(node.getNodePins().isEmpty());
 }
 
+TEST(NodePins, DestructionSparesThePinsThatACallbackAdds)
+{
+    TestGraph<> graph;
+    TestNode& node = graph.addNode("node");
+    for (int i = 0; i < 2; ++i) node.addNodePin(new GraphNodePin(nullptr, 1, PIN_INPUT));
+    CallbackLog log;
+    log.onPin = [&](GraphScene*, GraphNodeBase*, GraphNodePin*)
+    {
+        if (log.lines.back().rfind("removeNodePin", 0) == 0)
+            node.addNodePin(new GraphNodePin(nullptr, 1, PIN_OUTPUT));
+    };
+    node.destroyNodePins();
+    EXPECT_FALSE(node.hasInputPins());
+    EXPECT_EQ(node.getNodePins().size(), 2u);
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
 } // namespace kestrel::graph::test

@@ -846,6 +846,19 @@ TEST_F(SceneRegistry, NodeThatTwoChildListsHoldIsDeletedOnce)
     }
 }
 
+TEST_F(SceneRegistry, NodeThatAListHoldsTwiceIsDeletedOnce)
+{
+    for (DeleteTree const deleteAll : deleteTree)
+    {
+        HostNode& node = addHostNode("node");
+        graph.root.refNodes().append(&node);
+        journal.clear();
+        deleteAll(scene);
+        EXPECT_THAT(journal, ElementsAre("delete node"));
+        EXPECT_SCENE_INVARIANTS(scene);
+    }
+}
+
 TEST_F(SceneRegistry, OwnerIsStillThereWhenANodeOfTwoChildListsIsDeleted)
 {
     GraphNodeBase* const compound = scene.createNewCompound();

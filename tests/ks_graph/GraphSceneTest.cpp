@@ -399,31 +399,6 @@ TEST(Scene, AssignmentToItselfChangesNothing)
     EXPECT_SCENE_INVARIANTS(filled.graph.scene);
 }
 
-TEST(Scene, MoveTakesOverEveryField)
-{
-    Filled filled;
-    OpenScene copy(filled.graph.scene);
-    OpenScene constructed(std::move(copy));
-    filled.expectIsCopy(constructed);
-    OpenScene assigned;
-    GraphNodeBase stray(77);
-    assigned.addNodeToGraph(&stray);
-    assigned = std::move(constructed);
-    filled.expectIsCopy(assigned);
-    EXPECT_EQ(nullptr, assigned.getNodePtrById(77));
-    EXPECT_SCENE_INVARIANTS(assigned);
-}
-
-TEST(Scene, MovedFromSceneCanBeAssignedTo)
-{
-    Filled filled;
-    OpenScene copy(filled.graph.scene);
-    OpenScene const taker(std::move(copy));
-    copy = taker;
-    filled.expectIsCopy(copy);
-    EXPECT_SCENE_INVARIANTS(copy);
-}
-
 TEST(Scene, CopyHasTheCounterOfFreeIdsNotTheFirstFreeId)
 {
     Filled filled;
