@@ -8,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -800,6 +801,16 @@ TEST(NodeDepth, MoveAndRenameOfTwoThousandLevels)
             tree.bottom().setNodeOwner(&owner);
             EXPECT_EQ(scene.getPinPtrByFullName("owner.n.in"), &tree.pin);
         });
+}
+
+TEST(NodeFullName, EndsAnOwnersNameAtItsFirstNul)
+{
+    GraphNodeBase owner;
+    GraphNodeBase child;
+    owner.setName(KS_String(std::string_view("own\0er", 6)));
+    child.setName("child");
+    owner.addNode(&child);
+    EXPECT_STREQ(child.getFullName().c_str(), "own.child");
 }
 
 } // namespace kestrel::graph::test
