@@ -2,14 +2,14 @@
 
 #include "Commands.h"
 #include "DocumentReader.h"
-#include "MaterialScene.h"
 #include "OutputFile.h"
+#include "SourceFile.h"
 #include "Text.h"
+#include "Workspace.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <filesystem>
 #include <optional>
-#include <system_error>
 
 namespace material_graph
 {
@@ -19,17 +19,47 @@ using kestrel::graph::Message;
 namespace
 {
 
-constexpr char const* usage = "usage: material_graph FILE.mtlx [summary | xml | html NODE | connections NODE "
-                              "| find NAME | group NAME NODE... "
-                              "| ungroup COMPOUND] [-o FILE]\n";
+constexpr char const* usage =
+    "usage: material_graph FILE.mtlx [COMMAND [+ COMMAND]...] [-o FILE]\n"
+    "\n"
+    "  summary                     counts what is in the document; the command if none is given\n"
+    "  xml                         the whole graph\n"
+    "  svg [COMPOUND]              a picture of what is in the compound, or of the document's own level\n"
+    "  html NODE                   a page with the node's description\n"
+    "  connections NODE            every connection of the node\n"
+    "  find PIN                    a pin, whatever the case of its letters, and its connections\n"
+    "  group NAME NODE...          moves the nodes into a new compound\n"
+    "  ungroup COMPOUND            moves what is in the compound out of it, and removes it\n"
+    "  rename NODE NAME            gives the node another name\n"
+    "  layout save FILE            writes where everything stands\n"
+    "  layout load FILE            reads it for the commands that follow\n"
+    "  layout show FILE            what is in a layout file, byte by byte\n"
+    "  layout hide NAME...         leaves nodes or connections out of the picture\n"
+    "  layout collapse NODE...     shows nodes without their pins\n"
+    "\n"
+    "Each command works on what the ones before it have made. The result is that of the last one.\n";
 
 struct Request
 {
     std::string document;
-    std::string command = "summary";
-    std::vector<std::string> arguments;
+    std::vector<std::vector<std::string>> commands;
     std::optional<std::string> outputFile;
 };
+
+// The words behind the document, split where a "+" stands.
+std::vector<std::vector<std::string>> splitCommands(std::vector<std::string> const& words)
+{
+    if (words.size() == 1) return {{"summary"}};
+    std::vector<std::vector<std::string>> commands(1);
+    for (std::size_t i = 1; i < words.size(); ++i)
+    {
+        if (words[i] == "+")
+            commands.emplace_back();
+        else
+            commands.back().push_back(words[i]);
+    }
+    return commands;
+}
 
 std::optional<Request> parse(std::vector<std::string> const& arguments)
 {
@@ -46,10 +76,22 @@ std::optional<Request> parse(std::vector<std::string> const& arguments)
     }
     if (words.empty()) return std::nullopt;
     request.document = words[0];
-    if (words.size() > 1) request.command = words[1];
-    if (words.size() > 2) request.arguments.assign(words.begin() + 2, words.end());
-    if (!isCommand(request.command, request.arguments.size())) return std::nullopt;
+    request.commands = splitCommands(words);
+    if (!std::all_of(request.commands.begin(), request.commands.end(), isCommand)) return std::nullopt;
     return request;
+}
+
+// Ends at the first command that cannot be done.
+std::optional<std::string> runCommands(Workspace& workspace,
+                                       std::vector<std::vector<std::string>> const& commands)
+{
+    std::optional<std::string> result;
+    for (std::vector<std::string> const& command : commands)
+    {
+        result = runCommand(workspace, command);
+        if (!result) break;
+    }
+    return result;
 }
 
 void printMessages(MaterialScene const& scene, std::ostream& err)
@@ -73,13 +115,6 @@ Status deliver(std::string const& result, std::optional<std::string> const& file
     return Status::NotRun;
 }
 
-// Whether both names lead to one file; false for what does not exist.
-bool isSameFile(std::string const& a, std::string const& b)
-{
-    std::error_code notThere;
-    return std::filesystem::equivalent(a, b, notThere);
-}
-
 } // namespace
 
 Status runCommandLine(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& err,
@@ -96,7 +131,9 @@ Status runCommandLine(std::vector<std::string> const& arguments, std::ostream& o
         err << "material_graph: " << inQuotes(*request->outputFile) << " is the document itself\n";
         return Status::NotRun;
     }
-    MaterialScene scene;
+    Workspace workspace;
+    workspace.document = request->document;
+    MaterialScene& scene = workspace.scene;
     std::string const unreadable = DocumentReader(scene, progress).readFile(request->document);
     if (!unreadable.empty())
     {
@@ -104,7 +141,7 @@ Status runCommandLine(std::vector<std::string> const& arguments, std::ostream& o
             << usage;
         return Status::NotRun;
     }
-    std::optional<std::string> const result = runCommand(scene, request->command, request->arguments);
+    std::optional<std::string> const result = runCommands(workspace, request->commands);
     printMessages(scene, err);
     Status const status = result ? deliver(*result, request->outputFile, out, err) : Status::Defects;
     if (status == Status::Done && scene.getMessages().hasErrorsOrCriticals()) return Status::Defects;

@@ -1,7 +1,7 @@
 /// @file
 #pragma once
 
-#include "MaterialScene.h"
+#include "Workspace.h"
 
 #include <optional>
 #include <string>
@@ -10,12 +10,11 @@
 namespace material_graph
 {
 
-/// Whether there is a command of that name and it takes that many arguments.
-bool isCommand(std::string const& name, std::size_t numberOfArguments);
+/// Whether the words name a command and give it as many arguments as it takes.
+bool isCommand(std::vector<std::string> const& words);
 
 /// What the command prints. Nothing when it could not be done: the reason is then a message of the scene.
 /// REQUIRES: `isCommand`.
-std::optional<std::string> runCommand(MaterialScene& scene, std::string const& name,
-                                      std::vector<std::string> const& arguments);
+std::optional<std::string> runCommand(Workspace& workspace, std::vector<std::string> const& words);
 
 } // namespace material_graph

@@ -3,13 +3,9 @@
 #include "GraphBuilder.h"
 #include "ReferenceWiring.h"
 #include "SourceDocument.h"
+#include "SourceFile.h"
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <system_error>
 
 namespace material_graph
 {
@@ -19,13 +15,9 @@ DocumentReader::DocumentReader(MaterialScene& scene, Progress& progress) : scene
 
 std::string DocumentReader::readFile(std::string const& path)
 {
-    std::error_code unknown;
-    if (std::filesystem::is_directory(path, unknown)) return "it is a directory";
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return std::strerror(errno);
-    std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (file.bad()) return std::strerror(errno);
+    std::string text;
+    std::string const unreadable = readWholeFile(path, text);
+    if (!unreadable.empty()) return unreadable;
     readText(std::filesystem::path(path).filename().string(), text);
     return {};
 }

@@ -75,18 +75,18 @@ void listCompound(MaterialNode& compound, std::vector<std::string>& out)
     for (GraphNodePin* pin : compound.getNodePins()) out.push_back("pin " + textOf(pin->getFullName()));
 }
 
-std::vector<MaterialNode*> splitOffInterfaces(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes,
-                                              std::vector<GraphNodeBase*>& interfaces)
+std::vector<GraphNodeBase*> splitOffInterfaces(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes,
+                                               std::vector<MovedNode>& others)
 {
-    std::vector<MaterialNode*> others;
+    std::vector<GraphNodeBase*> interfaces;
     for (GraphNodeBase* node : nodes)
     {
         if (node->isInterface())
             interfaces.push_back(node);
         else
-            others.push_back(static_cast<MaterialNode*>(node));
+            others.push_back({static_cast<MaterialNode*>(node), node->getFullName()});
     }
-    return others;
+    return interfaces;
 }
 
 } // namespace
@@ -96,7 +96,11 @@ MaterialNode& group(MaterialScene& scene, KS_String const& name, std::vector<Mat
 {
     MaterialNode& compound = scene.addCompound(name, *nodes.front()->getNodeOwner());
     ArrayOfPtr<GraphNodeBase, KS_NO> moved;
-    for (MaterialNode* node : nodes) moved.append(node);
+    for (MaterialNode* node : nodes)
+    {
+        moved.append(node);
+        changes.moved.push_back({node, node->getFullName()});
+    }
 
     Renames renames;
     std::map<GraphNodeBase*, GraphNodeBase*> inputInterfaces;
@@ -117,13 +121,12 @@ MaterialNode& group(MaterialScene& scene, KS_String const& name, std::vector<Mat
     return compound;
 }
 
-std::vector<MaterialNode*> ungroup(MaterialScene& scene, MaterialNode& compound, GroupingChanges& changes)
+void ungroup(MaterialScene& scene, MaterialNode& compound, GroupingChanges& changes)
 {
-    std::vector<GraphNodeBase*> interfaces;
     // The interface nodes are listed, too: they stay, but an input that is wired straight to an output is
     // replaced.
     ArrayOfPtr<GraphNodeBase, KS_NO> children = compound.getNodes();
-    std::vector<MaterialNode*> moved = splitOffInterfaces(children, interfaces);
+    std::vector<GraphNodeBase*> const interfaces = splitOffInterfaces(children, changes.moved);
 
     Renames renames;
     Array<GraphConnection, _Wa> removedOuter;
@@ -140,7 +143,6 @@ std::vector<MaterialNode*> ungroup(MaterialScene& scene, MaterialNode& compound,
     listCompound(compound, changes.removed);
     for (GraphNodeBase* node : interfaces) scene.deleteNode(*node);
     scene.deleteNode(compound);
-    return moved;
 }
 
 } // namespace material_graph

@@ -33,12 +33,11 @@ bool flushed(std::FILE* file, bool toDisk)
     return std::fflush(file) == 0 && (!toDisk || ::fsync(::fileno(file)) == 0);
 }
 
-std::string writeInto(fs::path const& path, char const* mode, std::string_view text, bool toDisk)
+std::string writeInto(fs::path const& path, char const* mode, FileWriter const& write, bool toDisk)
 {
     std::FILE* const file = std::fopen(path.c_str(), mode);
     if (file == nullptr) return lastError();
-    bool const written =
-        std::fwrite(text.data(), 1, text.size(), file) == text.size() && flushed(file, toDisk);
+    bool const written = write(file) && flushed(file, toDisk);
     std::string error = written ? std::string() : lastError();
     if (std::fclose(file) != 0 && error.empty()) error = lastError();
     return error;
@@ -53,12 +52,12 @@ std::string takePlaceOf(fs::path const& target, fs::path const& sibling)
     return error ? error.message() : std::string();
 }
 
-std::string replaceFile(fs::path const& target, std::string_view text)
+std::string replaceFile(fs::path const& target, FileWriter const& write)
 {
     if (isRegular(target) && ::access(target.c_str(), W_OK) != 0) return lastError();
     fs::path const sibling =
         target.parent_path() / (".material_graph." + std::to_string(::getpid()) + ".part");
-    std::string error = writeInto(sibling, "wbx", text, true);
+    std::string error = writeInto(sibling, "wbx", write, true);
     if (error.empty()) error = takePlaceOf(target, sibling);
     std::error_code ignored;
     if (!error.empty()) fs::remove(sibling, ignored);
@@ -67,13 +66,19 @@ std::string replaceFile(fs::path const& target, std::string_view text)
 
 } // namespace
 
-std::string writeOutputFile(std::string const& path, std::string_view text)
+std::string writeOutputFile(std::string const& path, FileWriter const& write)
 {
     std::error_code noTarget;
     fs::path const resolved = fs::canonical(path, noTarget);
     fs::path const target = noTarget ? fs::path(path) : resolved;
-    if (noTarget || isRegular(target)) return replaceFile(target, text);
-    return writeInto(target, "wb", text, false);
+    if (noTarget || isRegular(target)) return replaceFile(target, write);
+    return writeInto(target, "wb", write, false);
+}
+
+std::string writeOutputFile(std::string const& path, std::string_view text)
+{
+    return writeOutputFile(path, [text](std::FILE* file)
+                           { return std::fwrite(text.data(), 1, text.size(), file) == text.size(); });
 }
 
 } // namespace material_graph

@@ -46,6 +46,11 @@ std::size_t FileStream::write(void const* bytes, std::size_t count)
     return std::fwrite(bytes, 1, count, file_);
 }
 
+bool FileStream::flush()
+{
+    return file_ == nullptr || std::fflush(file_) == 0;
+}
+
 bool FileStreamRaw::readValue(int& value)
 {
     return readRaw(*this, value);

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <ks_graph/GraphConnection.h>
+#include <ks_graph/GraphLayout.h>
 #include <ks_graph/GraphNodeBase.h>
 #include <ks_graph/GraphNodePin.h>
 #include <ks_graph/GraphScene.h>
+#include <ks_graph/GraphSettings.h>
 #include <ks_graph/Message.h>

@@ -12,10 +12,12 @@
 
 #include <cstdio>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace kestrel::graph::test
 {
@@ -93,42 +95,58 @@ std::string pictureAfter(Change const& change)
     return picture(graph);
 }
 
-// Fails allocation 1, 2, 3, ... of the change until it gets through. After each failure the graph is whole
-// and, for a single change, as it was; the same call then gets through.
-void failEachAllocation(Change const& change, bool isSingleChange, bool persistently)
+// Fails allocation 1, 2, 3, ... of the change of a new subject until it gets through, and lets `check` look
+// at the subject each time. Returns how many of them failed.
+template <class Make, class ChangeOperation, class Check>
+long failEachAllocation(bool persistently, Make make, ChangeOperation change, Check check)
 {
-    std::string const after = pictureAfter(change);
     bool failed = true;
-    for (long number = 1; failed && number < 10000; ++number)
+    long failures = 0;
+    while (failed && failures < 10000)
     {
+        long const number = failures + 1;
         SCOPED_TRACE("allocation " + std::to_string(number));
         long const living = livingAllocations();
         {
-            Graph graph;
-            std::string const before = picture(graph);
+            auto subject = make();
             failed = false;
             try
             {
                 FailAllocation const failure(number, persistently);
-                change(graph);
+                change(subject);
             }
             catch (std::bad_alloc const&)
             {
                 failed = true;
+                ++failures;
             }
-            EXPECT_SCENE_INVARIANTS(graph.scene);
-            if (isSingleChange)
-            {
-                EXPECT_EQ(picture(graph), failed ? before : after);
-                if (failed) change(graph);
-                EXPECT_EQ(picture(graph), after);
-            }
-            EXPECT_SCENE_INVARIANTS(graph.scene);
+            check(subject, failed);
         }
         EXPECT_EQ(livingAllocations(), living);
-        if (testing::Test::HasFailure()) return;
+        if (testing::Test::HasFailure()) return failures;
     }
     EXPECT_FALSE(failed);
+    return failures;
+}
+
+// After each failure the graph is whole and, for a single change, as it was; the same call then gets through.
+void failEachAllocationOf(Change const& change, bool isSingleChange, bool persistently)
+{
+    std::string const before = pictureAfter([](Graph&) {});
+    std::string const after = pictureAfter(change);
+    auto const check = [&](Graph& graph, bool failed)
+    {
+        EXPECT_SCENE_INVARIANTS(graph.scene);
+        if (isSingleChange)
+        {
+            EXPECT_EQ(picture(graph), failed ? before : after);
+            if (failed) change(graph);
+            EXPECT_EQ(picture(graph), after);
+        }
+        EXPECT_SCENE_INVARIANTS(graph.scene);
+    };
+    auto const make = [] { return Graph(); };
+    failEachAllocation(persistently, make, change, check);
 }
 
 struct NamedChange
@@ -238,7 +256,7 @@ TEST(AllocationFailure, OnceInAnyPlaceLeavesTheGraphWholeAndAllowsToTryAgain)
     for (NamedChange const& change : changes)
     {
         SCOPED_TRACE(change.name);
-        failEachAllocation(change.change, change.isSingle, false);
+        failEachAllocationOf(change.change, change.isSingle, false);
     }
 }
 
@@ -247,7 +265,7 @@ TEST(AllocationFailure, FromAnyPlaceOnLeavesTheGraphWholeAndAllowsToTryAgain)
     for (NamedChange const& change : changes)
     {
         SCOPED_TRACE(change.name);
-        failEachAllocation(change.change, change.isSingle, true);
+        failEachAllocationOf(change.change, change.isSingle, true);
     }
 }
 
@@ -258,35 +276,19 @@ TEST(AllocationFailure, LeavesTheTargetOfASceneAssignmentUnchanged)
     TestNode& node = other.addFilter("node");
     other.scene.connect(&node, &node, false);
     GraphNodePin* const pin = node.getPinByName("in");
-    bool failed = true;
-    for (long number = 1; failed && number < 10000; ++number)
+    auto const check = [&](GraphScene& target, bool failed)
     {
-        SCOPED_TRACE("allocation " + std::to_string(number));
-        long const living = livingAllocations();
-        {
-            GraphScene target(other.scene);
-            failed = false;
-            try
-            {
-                FailAllocation const failure(number, true);
-                target = source.scene;
-            }
-            catch (std::bad_alloc const&)
-            {
-                failed = true;
-            }
-            GraphScene const& expected = failed ? static_cast<GraphScene&>(other.scene) : source.scene;
-            EXPECT_EQ(target.getId(), expected.getId());
-            EXPECT_EQ(target.getNumberOfNodes(), expected.getNumberOfNodes());
-            EXPECT_EQ(target.getNumberOfConnections(), expected.getNumberOfConnections());
-            EXPECT_EQ(target.getPinPtrById(pin->getId()), failed ? pin : nullptr);
-            EXPECT_EQ(target.getPinPtrByFullName("root.node.in"), failed ? pin : nullptr);
-            EXPECT_SCENE_INVARIANTS(target);
-        }
-        EXPECT_EQ(livingAllocations(), living);
-        if (HasFailure()) return;
-    }
-    EXPECT_FALSE(failed);
+        GraphScene const& expected = failed ? static_cast<GraphScene&>(other.scene) : source.scene;
+        EXPECT_EQ(target.getId(), expected.getId());
+        EXPECT_EQ(target.getNumberOfNodes(), expected.getNumberOfNodes());
+        EXPECT_EQ(target.getNumberOfConnections(), expected.getNumberOfConnections());
+        EXPECT_EQ(target.getPinPtrById(pin->getId()), failed ? pin : nullptr);
+        EXPECT_EQ(target.getPinPtrByFullName("root.node.in"), failed ? pin : nullptr);
+        EXPECT_SCENE_INVARIANTS(target);
+    };
+    auto const make = [&] { return GraphScene(other.scene); };
+    auto const assign = [&](GraphScene& target) { target = source.scene; };
+    failEachAllocation(true, make, assign, check);
 }
 
 TEST(AllocationFailure, LeavesATextEmptyThatWasReadWithoutItsNul)
@@ -365,6 +367,326 @@ TEST(AllocationFailure, OfANewPinLeavesTheEntryOfAnotherPinOfThatIdAlone)
         EXPECT_EQ(graph.scene.getPinPtrById(hosts.getId()), &hosts);
         graph.scene.removeNodePin(&hosts);
     }
+}
+
+// ---- Layouts
+
+namespace
+{
+
+using Color = Color4<float>;
+using Notes = Array<NoteDesc, _Wa>;
+using Pair = Tuple2<float, float>;
+
+NoteDesc noteOf(char const* owner, unsigned int x = 0)
+{
+    return NoteDesc(owner, "a text", Pair(static_cast<float>(x), 2), Pair(3, 4), Color(), Color());
+}
+
+Notes notesOf(std::initializer_list<char const*> owners)
+{
+    Notes notes;
+    for (char const* owner : owners) notes.append(noteOf(owner));
+    return notes;
+}
+
+void insertAll(GraphLayout& layout, char const* name)
+{
+    layout.insertNode(name, Pair(1, 2), Color(1, 0, 0, 1), true, true, true, true);
+    layout.insertConnection(name, true, true);
+}
+
+char const* const sampleNames[] = {"root.a", "root.b", "root.c"};
+
+// Everything under each of three names, and different notes, whose list is full when there are four of them.
+GraphLayout sampleLayout(unsigned int numberOfNotes)
+{
+    GraphLayout layout;
+    for (char const* name : sampleNames) insertAll(layout, name);
+    for (unsigned int i = 0; i < numberOfNotes; ++i) layout.addNote(noteOf(sampleNames[i % 3], i));
+    return layout;
+}
+
+GraphLayout otherLayout()
+{
+    GraphLayout layout;
+    insertAll(layout, "root.b");
+    insertAll(layout, "root.other");
+    layout.insertNodePosition("root.a", Pair(9, 9));
+    return layout;
+}
+
+struct LayoutChange
+{
+    char const* name;
+    bool isSingle;
+    std::function<void(GraphLayout&)> change;
+};
+
+// Those of many steps are such that repeating one completes it.
+LayoutChange const layoutChanges[] = {
+    {"insertNodePosition", true, [](GraphLayout& layout) { layout.insertNodePosition("new", Pair()); }},
+    {"insertNodeColor", true, [](GraphLayout& layout) { layout.insertNodeColor("new", Color()); }},
+    {"insertNodeCollapsed", true, [](GraphLayout& layout) { layout.insertNodeCollapsed("new", true); }},
+    {"insertNodeVisible", true, [](GraphLayout& layout) { layout.insertNodeVisible("new", true); }},
+    {"insertNodeHorizontalInputs", true,
+     [](GraphLayout& layout) { layout.insertNodeHorizontalInputs("new", true); }},
+    {"insertNodeHorizontalOutputs", true,
+     [](GraphLayout& layout) { layout.insertNodeHorizontalOutputs("new", true); }},
+    {"insertConnectionVisible", true,
+     [](GraphLayout& layout) { layout.insertConnectionVisible("new", true); }},
+    {"insertConnectionBezier", true, [](GraphLayout& layout) { layout.insertConnectionBezier("new", true); }},
+    {"addNote", true, [](GraphLayout& layout) { layout.addNote(noteOf("new")); }},
+    {"addNote of parts", true,
+     [](GraphLayout& layout) { layout.addNote("new", "text", Pair(), Pair(), Color(), Color()); }},
+    {"addNote of the layout's own", true, [](GraphLayout& layout) { layout.addNote(layout.getNotes()[0]); }},
+    {"setNotes to more", true,
+     [](GraphLayout& layout) {
+         layout.setNotes(notesOf({"1", "2", "3", "4", "5", "6", "7"}));
+     }},
+    {"setNotes to as many", true,
+     [](GraphLayout& layout) {
+         layout.setNotes(notesOf({"1", "2", "3", "4"}));
+     }},
+    {"setNotes to fewer", true, [](GraphLayout& layout) { layout.setNotes(notesOf({"1"})); }},
+    {"assignment of a note", true,
+     [](GraphLayout& layout)
+     {
+         NoteDesc const note = noteOf("new");
+         layout.refNotes()[1] = note;
+     }},
+    {"setOwnerName", true, [](GraphLayout& layout) { layout.refNotes()[1].setOwnerName("new"); }},
+    {"setText", true, [](GraphLayout& layout) { layout.refNotes()[1].setText("another text"); }},
+    {"assignment of a layout", true,
+     [](GraphLayout& layout)
+     {
+         GraphLayout const other = otherLayout();
+         layout = other;
+     }},
+    {"insertNode", false,
+     [](GraphLayout& layout) { layout.insertNode("new", Pair(), Color(), true, true, true, true); }},
+    {"insertConnection", false, [](GraphLayout& layout) { layout.insertConnection("new", true, true); }},
+    {"updateWithOther", false, [](GraphLayout& layout) { layout.updateWithOther(otherLayout()); }},
+    {"moveNotes", false, [](GraphLayout& layout) { layout.moveNotes(sampleLayout(3).getNotes(), "new"); }},
+};
+
+void failEachAllocationOf(LayoutChange const& change, unsigned int numberOfNotes, bool persistently)
+{
+    GraphLayout const before = sampleLayout(numberOfNotes);
+    GraphLayout after = before;
+    change.change(after);
+    EXPECT_FALSE(after == before);
+    auto const check = [&](GraphLayout& layout, bool failed)
+    {
+        if (failed)
+        {
+            EXPECT_TRUE(layout == before || !change.isSingle);
+            change.change(layout);
+        }
+        EXPECT_TRUE(layout == after);
+    };
+    auto const make = [&] { return sampleLayout(numberOfNotes); };
+    EXPECT_GT(failEachAllocation(persistently, make, change.change, check), 0);
+}
+
+// Which of the eight values of `insertAll` the name has.
+std::vector<bool> valuesOf(GraphLayout const& layout, KS_String const& name)
+{
+    return {
+        layout.getPositionByNodeName(name).value_or(Pair()) == Pair(1, 2),
+        layout.getColorByNodeName(name).value_or(Color()) == Color(1, 0, 0, 1),
+        layout.getCollapsedByNodeName(name).value_or(false),
+        layout.getVisibleByNodeName(name).value_or(false),
+        layout.getHorizontalInputsByNodeName(name).value_or(false),
+        layout.getHorizontalOutputsByNodeName(name).value_or(false),
+        layout.getVisibleByConnectionName(name).value_or(false),
+        layout.getBezierByConnectionName(name).value_or(false),
+    };
+}
+
+struct Renaming
+{
+    char const* name;
+    std::function<void(GraphLayout&)> rename;
+};
+
+// All of them turn "root." into "another root.".
+Renaming const renamings[] = {
+    {"replaceTxtInNames", [](GraphLayout& layout) { layout.replaceTxtInNames("root.", "another root."); }},
+    {"replacePrefixInNames",
+     [](GraphLayout& layout) { layout.replacePrefixInNames("root.", "another root."); }},
+    {"applyDictionary",
+     [](GraphLayout& layout)
+     {
+         layout.applyDictionary(
+             {{"root.a", "another root.a"}, {"root.b", "another root.b"}, {"root.c", "another root.c"}});
+     }},
+};
+
+void expectUnderOneOfTheirNames(GraphLayout const& layout, bool failed)
+{
+    for (KS_String const name : sampleNames)
+    {
+        KS_String const newName = KS_String("another ") + name;
+        std::vector<bool> notRenamed = valuesOf(layout, newName);
+        notRenamed.flip();
+        EXPECT_EQ(valuesOf(layout, name), notRenamed) << name.c_str();
+        EXPECT_TRUE(failed || notRenamed == std::vector<bool>(8, false)) << name.c_str();
+    }
+    GraphLayout const original = sampleLayout(5);
+    ASSERT_EQ(layout.getNotes().size(), original.getNotes().size());
+    for (unsigned int i = 0; i < layout.getNotes().size(); ++i)
+    {
+        NoteDesc expected = original.getNotes()[i];
+        NoteDesc const& note = layout.getNotes()[i];
+        bool const isRenamed = note.getOwnerName() != expected.getOwnerName();
+        if (isRenamed) expected.setOwnerName(KS_String("another ") + expected.getOwnerName());
+        EXPECT_TRUE(note == expected);
+        EXPECT_TRUE(isRenamed || failed);
+    }
+}
+
+} // namespace
+
+TEST(AllocationFailure, InAnyPlaceLeavesALayoutAsItWasAndAllowsToTryAgain)
+{
+    for (LayoutChange const& change : layoutChanges)
+        for (unsigned int numberOfNotes : {4u, 5u})
+            for (bool persistently : {false, true})
+            {
+                SCOPED_TRACE(change.name);
+                failEachAllocationOf(change, numberOfNotes, persistently);
+            }
+}
+
+TEST(AllocationFailure, OfARenamingLeavesEveryValueUnderItsOldOrItsNewName)
+{
+    auto const make = [] { return sampleLayout(5); };
+    for (Renaming const& renaming : renamings)
+        for (bool persistently : {false, true})
+        {
+            SCOPED_TRACE(renaming.name);
+            long const failures =
+                failEachAllocation(persistently, make, renaming.rename, expectUnderOneOfTheirNames);
+            EXPECT_GT(failures, 0);
+        }
+}
+
+TEST(AllocationFailure, OfARenamingAlongAChainLosesOnlyWhatIsReplaced)
+{
+    auto const make = []
+    {
+        GraphLayout layout;
+        for (unsigned int i = 0; i < 3; ++i)
+            layout.insertNodePosition(sampleNames[i], Pair(static_cast<float>(i + 1), 0));
+        return layout;
+    };
+    auto const rename = [](GraphLayout& layout) {
+        layout.applyDictionary({{"root.a", "root.b"}, {"root.b", "root.c"}});
+    };
+    auto const check = [](GraphLayout& layout, bool failed)
+    {
+        std::vector<float> xs;
+        for (char const* name : sampleNames)
+            xs.push_back(layout.getPositionByNodeName(name).value_or(Pair()).first);
+        EXPECT_THAT(xs, testing::AnyOf(testing::ElementsAre(0, 0, 1), testing::ElementsAre(0, 1, 3),
+                                       testing::ElementsAre(1, 2, 3)));
+        EXPECT_TRUE(failed || xs[2] == 1);
+    };
+    EXPECT_GT(failEachAllocation(true, make, rename, check), 0);
+}
+
+TEST(AllocationFailure, OfACopyOfALayoutLeaksNothing)
+{
+    auto const make = [] { return sampleLayout(4); };
+    auto const copyAndGather = [](GraphLayout& layout)
+    {
+        GraphLayout const copy(layout);
+        Array<KS_String, _Wa> names;
+        copy.getAllNodeNames(names);
+        copy.getAllConnectionNames(names);
+    };
+    auto const check = [](GraphLayout& layout, bool) { EXPECT_TRUE(layout == sampleLayout(4)); };
+    EXPECT_GT(failEachAllocation(true, make, copyAndGather, check), 0);
+}
+
+// ---- Settings
+
+namespace
+{
+
+GraphSettings changedSettings()
+{
+    GraphSettings settings;
+    settings.setBackgroundTopColor(Color(1, 1, 1, 1));
+    settings.setGridSize(7);
+    settings.setDefaultRootName("another root");
+    settings.setIconsFolder("icons/of/a/host");
+    settings.setMenuStyle("a menu style");
+    settings.setGraphHelpCss("a help style sheet");
+    settings.setGraphAutomaticLabelingBordersMaxY(7);
+    return settings;
+}
+
+// The first, the last and all texts of the settings, and one between them.
+std::string picture(GraphSettings const& settings)
+{
+    std::string text;
+    for (KS_String const* part : {&settings.getDefaultRootName(), &settings.getIconsFolder(),
+                                  &settings.getMenuStyle(), &settings.getGraphHelpCss()})
+        text += std::string(*part) + "|";
+    return text + std::to_string(settings.getBackgroundTopColor().red) + "|" +
+           std::to_string(settings.getGridSize()) + "|" +
+           std::to_string(settings.getGraphAutomaticLabelingBordersMaxY());
+}
+
+void failEachAllocationOfSettings(std::function<void(GraphSettings&)> const& change)
+{
+    std::string const before = picture(changedSettings());
+    GraphSettings changed = changedSettings();
+    change(changed);
+    std::string const after = picture(changed);
+    EXPECT_NE(before, after);
+    auto const check = [&](GraphSettings& settings, bool failed)
+    {
+        EXPECT_EQ(picture(settings), failed ? before : after);
+        if (failed) change(settings);
+        EXPECT_EQ(picture(settings), after);
+    };
+    for (bool persistently : {false, true})
+        EXPECT_GT(failEachAllocation(persistently, changedSettings, change, check), 0);
+}
+
+} // namespace
+
+TEST(AllocationFailure, LeavesTheTargetOfASettingsAssignmentUnchanged)
+{
+    GraphSettings const source;
+    failEachAllocationOfSettings([&](GraphSettings& settings) { settings = source; });
+}
+
+TEST(AllocationFailure, LeavesSettingsUnchangedThatCouldNotBeInitialized)
+{
+    failEachAllocationOfSettings([](GraphSettings& settings) { settings.initialize(); });
+}
+
+TEST(AllocationFailure, LeavesASettingUnchangedThatCouldNotBeSet)
+{
+    failEachAllocationOfSettings([](GraphSettings& settings)
+                                 { settings.setMenuStyle("a longer menu style"); });
+}
+
+TEST(AllocationFailure, OfNewSettingsLeaksNothing)
+{
+    auto const makeAndCopy = [](GraphSettings& settings)
+    {
+        GraphSettings const fresh;
+        GraphSettings const copy(settings);
+        settings.toXml();
+    };
+    auto const check = [](GraphSettings& settings, bool)
+    { EXPECT_EQ(picture(settings), picture(changedSettings())); };
+    EXPECT_GT(failEachAllocation(true, changedSettings, makeAndCopy, check), 0);
 }
 
 } // namespace kestrel::graph::test

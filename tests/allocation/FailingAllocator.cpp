@@ -1,13 +1,23 @@
 #include "FailingAllocator.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
+#include <limits>
 #include <new>
 
 namespace
 {
 
+// In front of each block stands its size; this much keeps the block aligned.
+constexpr std::size_t headerSize = alignof(std::max_align_t);
+static_assert(headerSize >= sizeof(std::size_t));
+
 std::atomic<long> living{0};
+std::atomic<std::size_t> livingBytes{0};
+std::atomic<std::size_t> peakBytes{0};
 std::atomic<long> untilFailure{0}; // 0: nothing fails
 std::atomic<bool> failsOnward{false};
 
@@ -25,16 +35,25 @@ bool failsNow()
 
 void* allocate(std::size_t size) noexcept
 {
-    if (failsNow()) return nullptr;
-    void* const block = std::malloc(size != 0 ? size : 1);
-    if (block != nullptr) ++living;
-    return block;
+    if (failsNow() || size > std::numeric_limits<std::size_t>::max() - headerSize) return nullptr;
+    void* const whole = std::malloc(headerSize + size);
+    if (whole == nullptr) return nullptr;
+    std::memcpy(whole, &size, sizeof size);
+    ++living;
+    livingBytes += size;
+    peakBytes = std::max(peakBytes.load(), livingBytes.load());
+    return static_cast<char*>(whole) + headerSize;
 }
 
 void release(void* block) noexcept
 {
-    if (block != nullptr) --living;
-    std::free(block);
+    if (block == nullptr) return;
+    void* const whole = static_cast<char*>(block) - headerSize;
+    std::size_t size = 0;
+    std::memcpy(&size, whole, sizeof size);
+    --living;
+    livingBytes -= size;
+    std::free(whole);
 }
 
 } // namespace
@@ -97,6 +116,16 @@ FailAllocation::~FailAllocation()
 long livingAllocations()
 {
     return living;
+}
+
+PeakMemory::PeakMemory() : before_(livingBytes)
+{
+    peakBytes = before_;
+}
+
+std::size_t PeakMemory::bytes() const
+{
+    return peakBytes - before_;
 }
 
 } // namespace kestrel::graph::test

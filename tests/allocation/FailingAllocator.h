@@ -1,6 +1,8 @@
 /// @file
-/// Replaces the global new and delete of the test program by ones that can be told to fail.
+/// Replaces the global new and delete of the test program by ones that can be told to fail, and that count.
 #pragma once
+
+#include <cstddef>
 
 namespace kestrel::graph::test
 {
@@ -17,5 +19,18 @@ public:
 
 /// Allocations that have not been freed.
 long livingAllocations();
+
+/// The most bytes that were allocated at one moment since it was made, beyond those that were then. Only the
+/// newest one tells.
+class PeakMemory
+{
+public:
+    PeakMemory();
+
+    std::size_t bytes() const;
+
+private:
+    std::size_t before_;
+};
 
 } // namespace kestrel::graph::test

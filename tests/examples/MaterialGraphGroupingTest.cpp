@@ -39,11 +39,19 @@ constexpr char const* chain = R"(<add name="a" type="float"/>
     <add name="b" type="float"><input name="in1" type="float" nodegraph="g" output="o"/>
       <input name="in2" type="float" nodegraph="g" output="through"/></add>)";
 
-std::vector<std::string> namesOf(std::vector<MaterialNode*> const& nodes)
+std::vector<MaterialNode*> nodesOf(std::vector<MovedNode> const& moved)
+{
+    std::vector<MaterialNode*> nodes;
+    for (MovedNode const& node : moved) nodes.push_back(node.node);
+    return nodes;
+}
+
+/// "<before> -> <now>" of each.
+std::vector<std::string> namesOf(std::vector<MovedNode> const& moved)
 {
     std::vector<std::string> names;
-    names.reserve(nodes.size());
-    for (MaterialNode* node : nodes) names.emplace_back(node->getFullName());
+    for (MovedNode const& node : moved)
+        names.push_back(std::string(node.nameBefore) + " -> " + std::string(node.node->getFullName()));
     return names;
 }
 
@@ -84,8 +92,9 @@ TEST(MaterialGrouping, UngroupWiresTheOutsideStraightToTheInside)
 {
     Document document(chain);
     GroupingChanges changes;
-    EXPECT_THAT(namesOf(ungroup(document.scene, document.node("g"), changes)),
-                ElementsAre("root.first", "root.second"));
+    ungroup(document.scene, document.node("g"), changes);
+    EXPECT_THAT(namesOf(changes.moved),
+                ElementsAre("root.g.first -> root.first", "root.g.second -> root.second"));
     EXPECT_THAT(connectionsOf(document.scene),
                 UnorderedElementsAre("root.a.out > root.first.in1", "root.first.out > root.second.in1",
                                      "root.second.out > root.b.in1", "root.a.out > root.b.in2"));
@@ -164,7 +173,8 @@ TEST(MaterialGrouping, MovedNodeWhoseNameIsTakenGetsAnother)
     Document document(
         R"(<add name="a" type="float"/><nodegraph name="g"><add name="a" type="float"/></nodegraph>)");
     GroupingChanges changes;
-    EXPECT_THAT(namesOf(ungroup(document.scene, document.node("g"), changes)), ElementsAre("root.a1"));
+    ungroup(document.scene, document.node("g"), changes);
+    EXPECT_THAT(namesOf(changes.moved), ElementsAre("root.g.a -> root.a1"));
     EXPECT_THAT(changes.renamed, ElementsAre("root.g.a.out -> root.a1.out"));
     EXPECT_SCENE_INVARIANTS(document.scene);
 }
@@ -173,7 +183,8 @@ TEST(MaterialGrouping, EmptyCompoundIsJustRemoved)
 {
     Document document(R"(<nodegraph name="g"><output name="o" type="float"/></nodegraph>)");
     GroupingChanges changes;
-    EXPECT_THAT(ungroup(document.scene, document.node("g"), changes), IsEmpty());
+    ungroup(document.scene, document.node("g"), changes);
+    EXPECT_THAT(changes.moved, IsEmpty());
     EXPECT_EQ(document.scene.getNumberOfNodes(), 1u);
     EXPECT_SCENE_INVARIANTS(document.scene);
 }
@@ -215,7 +226,8 @@ TEST_P(EveryExample, KeepsItsWiringWhenEveryCompoundIsUngroupedAndGroupedAgain)
         SCOPED_TRACE(std::string(node->getFullName()));
         KS_String const name = node->getName();
         GroupingChanges changes;
-        std::vector<MaterialNode*> const moved = ungroup(scene, static_cast<MaterialNode&>(*node), changes);
+        ungroup(scene, static_cast<MaterialNode&>(*node), changes);
+        std::vector<MaterialNode*> const moved = nodesOf(changes.moved);
         EXPECT_SCENE_INVARIANTS(scene);
         EXPECT_EQ(wiringOf(scene), wiring);
         group(scene, name, moved, changes);

@@ -1,6 +1,6 @@
 #include "MaterialGraphSupport.h"
 
-#include <material_graph/CommandLine.h>
+#include <material_graph/Command.h>
 #include <material_graph/OutputFile.h>
 #include <material_graph/Summary.h>
 
@@ -37,31 +37,6 @@ namespace fs = std::filesystem;
 
 constexpr char const* twoNodes = R"(<add name="a" type="float" doc="A &lt; B"/>
 <add name="b" type="float"><input name="in1" type="float" nodename="a"/></add>)";
-
-struct Outcome
-{
-    explicit Outcome(std::vector<std::string> const& arguments)
-    {
-        std::ostringstream outStream;
-        std::ostringstream errStream;
-        Progress quiet(nullptr);
-        status = runCommandLine(arguments, outStream, errStream, quiet);
-        out = outStream.str();
-        err = errStream.str();
-    }
-
-    Status status;
-    std::string out;
-    std::string err;
-};
-
-/// The program on a file "test.mtlx" of that content.
-Outcome runOn(std::string const& content, std::vector<std::string> arguments)
-{
-    Folder const folder;
-    arguments.insert(arguments.begin(), folder.write("test.mtlx", materialx(content)));
-    return Outcome(arguments);
-}
 
 TEST(MaterialProgram, SummaryCountsAndIsTheDefault)
 {
@@ -101,8 +76,11 @@ TEST(MaterialProgram, XmlIsThatOfTheScene)
 TEST(MaterialProgram, HtmlIsTheNodesDescriptionEscaped)
 {
     for (char const* name : {"a", "root.a"})
-        EXPECT_EQ(runOn(twoNodes, {"html", name}).out,
-                  "<html><head/><body><p/><h3>Description</h3><p>A &lt; B.</p><p/></body></html>\n");
+        EXPECT_THAT(
+            runOn(twoNodes, {"html", name}).out,
+            AllOf(StartsWith("<!DOCTYPE html>\n<html><head>"), HasSubstr("<title>root.a</title>"),
+                  EndsWith("</head><body><p/><h3>Description</h3><p>A &lt; B.</p><p/></body></html>\n")))
+            << name;
 }
 
 TEST(MaterialProgram, ConnectionsListsBothSidesOfANode)
@@ -218,10 +196,19 @@ TEST(MaterialProgram, UnreadableFileAndWrongArgumentsPrintTheUsageWithStatusOne)
     {
         Outcome const run(arguments);
         EXPECT_EQ(run.status, Status::NotRun) << ::testing::PrintToString(arguments);
-        EXPECT_THAT(run.err, AllOf(HasSubstr("usage: material_graph FILE.mtlx "), EndsWith("[-o FILE]\n")));
+        EXPECT_THAT(run.err,
+                    HasSubstr("usage: material_graph FILE.mtlx [COMMAND [+ COMMAND]...] [-o FILE]\n"));
         EXPECT_THAT(run.out, IsEmpty());
     }
     EXPECT_THAT(folder.names(), ElementsAre("test.mtlx"));
+}
+
+TEST(MaterialProgram, UsageNamesEveryCommand)
+{
+    std::string const usage = Outcome({}).err;
+    for (auto const* commands : {&queryCommands(), &editCommands(), &layoutCommands()})
+        for (auto const& [name, command] : *commands)
+            EXPECT_THAT(usage, HasSubstr("\n  " + name + " ")) << name;
 }
 
 TEST(MaterialProgram, OptionOWritesTheResultToAFileAndNothingBeside)

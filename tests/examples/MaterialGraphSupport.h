@@ -1,7 +1,8 @@
 /// @file
-/// Documents and files for the tests of the example host.
+/// Documents, runs and files for the tests of the example host.
 #pragma once
 
+#include <material_graph/CommandLine.h>
 #include <material_graph/DocumentReader.h>
 #include <material_graph/MaterialScene.h>
 #include <material_graph/Progress.h>
@@ -11,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -29,12 +31,28 @@ inline std::string materialx(std::string const& content)
     return "<materialx version=\"1.39\">\n" + content + "\n</materialx>\n";
 }
 
+/// The documents of examples/data.
+inline std::vector<std::string> exampleNames()
+{
+    return {"brick_wall", "broken_references", "weathered_bronze"};
+}
+
+struct ExampleFile
+{
+    std::string name;
+};
+
 /// A scene that a document was read into; the first line of `content` is line 2 of the document "test".
 struct Document
 {
     explicit Document(std::string const& content)
     {
         DocumentReader(scene, quiet).readText("test", materialx(content));
+    }
+    explicit Document(ExampleFile const& file)
+    {
+        std::string const error = DocumentReader(scene, quiet).readFile(exampleFile(file.name));
+        if (!error.empty()) throw std::runtime_error(error);
     }
 
     MaterialNode& node(std::string const& name)
@@ -71,6 +89,17 @@ inline std::vector<std::string> connectionsOf(MaterialScene& scene)
     for (kestrel::graph::GraphConnection* connection : scene.getGraphConnections())
         names.emplace_back(connection->getFullName());
     return names;
+}
+
+/// Whatever has a picture of its own: the root and every compound.
+inline std::vector<kestrel::graph::GraphNodeBase*> levelsOf(MaterialScene& scene)
+{
+    kestrel::ArrayOfPtr<kestrel::graph::GraphNodeBase, kestrel::KS_NO> nodes;
+    scene.getGraphNodesAsList(nodes);
+    std::vector<kestrel::graph::GraphNodeBase*> levels;
+    for (kestrel::graph::GraphNodeBase* node : nodes)
+        if (node->isRoot() || node->isCompound()) levels.push_back(node);
+    return levels;
 }
 
 /// A folder for the files of a test, which goes with it.
@@ -115,6 +144,32 @@ inline std::string contentOf(std::string const& path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// A run of the program.
+struct Outcome
+{
+    explicit Outcome(std::vector<std::string> const& arguments)
+    {
+        std::ostringstream outStream;
+        std::ostringstream errStream;
+        Progress quiet(nullptr);
+        status = runCommandLine(arguments, outStream, errStream, quiet);
+        out = outStream.str();
+        err = errStream.str();
+    }
+
+    Status status;
+    std::string out;
+    std::string err;
+};
+
+/// The program on a file "test.mtlx" of that content.
+inline Outcome runOn(std::string const& content, std::vector<std::string> arguments)
+{
+    Folder const folder;
+    arguments.insert(arguments.begin(), folder.write("test.mtlx", materialx(content)));
+    return Outcome(arguments);
 }
 
 } // namespace material_graph::test

@@ -1,9 +1,11 @@
 #include <foundation/KS_Class.h>
 #include <foundation/ks_basic.h>
 #include <ks_graph/GraphConnection.h>
+#include <ks_graph/GraphLayout.h>
 #include <ks_graph/GraphNodeBase.h>
 #include <ks_graph/GraphNodePin.h>
 #include <ks_graph/GraphScene.h>
+#include <ks_graph/GraphSettings.h>
 #include <ks_graph/Message.h>
 
 #include <gtest/gtest.h>
@@ -32,10 +34,14 @@ static_assert(isGraphObject<GraphNodeBase>);
 static_assert(isGraphObject<GraphNodePin>);
 static_assert(isGraphObject<GraphConnection>);
 static_assert(isGraphObject<GraphScene>);
+static_assert(isGraphObject<GraphSettings>);
 
 static_assert(!std::is_base_of_v<KS_Class, Message>);
 static_assert(std::is_polymorphic_v<Message>);
 static_assert(!std::is_polymorphic_v<MessageHandler>);
+static_assert(!std::is_base_of_v<KS_Class, GraphLayout>);
+static_assert(std::is_polymorphic_v<GraphLayout>);
+static_assert(!std::is_polymorphic_v<NoteDesc>);
 
 static_assert(sizeof(KS_Class) == sizeof(void*));
 static_assert(std::has_virtual_destructor_v<KS_Class>);
@@ -87,6 +93,7 @@ std::vector<std::unique_ptr<KS_Class>> oneOfEach()
     objects.push_back(std::make_unique<GraphNodePin>());
     objects.push_back(std::make_unique<GraphConnection>());
     objects.push_back(std::make_unique<GraphScene>());
+    objects.push_back(std::make_unique<GraphSettings>());
     return objects;
 }
 
@@ -182,8 +189,11 @@ TEST(ObjectBase, GraphClassesMayBeMadeAsArrays)
     GraphNodeBase* const nodes = new GraphNodeBase[3];
     GraphNodePin* const pins = new GraphNodePin[3];
     GraphConnection* const connections = new GraphConnection[3];
+    GraphSettings* const settings = new GraphSettings[3];
     EXPECT_EQ(&nodes[2].getClassName(), &pins[2].getClassName());
     EXPECT_EQ(&nodes[2].getClassName(), &connections[2].getClassName());
+    EXPECT_EQ(&nodes[2].getClassName(), &settings[2].getClassName());
+    delete[] settings;
     delete[] connections;
     delete[] pins;
     delete[] nodes;

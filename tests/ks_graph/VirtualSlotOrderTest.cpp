@@ -5,6 +5,7 @@
 #include <ks_graph/GraphNodeBase.h>
 #include <ks_graph/GraphNodePin.h>
 #include <ks_graph/GraphScene.h>
+#include <ks_graph/GraphSettings.h>
 
 #include <gtest/gtest.h>
 
@@ -39,7 +40,8 @@ class DestructorSlot : public ::testing::Test
 {
 };
 
-using CountedClasses = ::testing::Types<KS_Class, GraphNodePin, GraphConnection, GraphNodeBase, GraphScene>;
+using CountedClasses =
+    ::testing::Types<KS_Class, GraphNodePin, GraphConnection, GraphNodeBase, GraphScene, GraphSettings>;
 
 struct ClassNames
 {
@@ -50,6 +52,7 @@ struct ClassNames
         if (std::is_same_v<Base, GraphConnection>) return "GraphConnection";
         if (std::is_same_v<Base, GraphNodeBase>) return "GraphNodeBase";
         if (std::is_same_v<Base, GraphScene>) return "GraphScene";
+        if (std::is_same_v<Base, GraphSettings>) return "GraphSettings";
         return "KS_Class";
     }
 };
@@ -477,6 +480,13 @@ TEST(VirtualSlotOrder, OfGraphScene)
     expectNothingBehind<GraphScene>(slots.back());
 }
 
+TEST(VirtualSlotOrder, OfGraphSettings)
+{
+    Slot const last = SLOT(GraphSettings, toXml);
+    expectConsecutive({last}, firstPlaceBehindTheBase);
+    expectNothingBehind<GraphSettings>(last);
+}
+
 TEST(VirtualSlotOrder, ANonVirtualOperationHasNoPlace)
 {
     EXPECT_EQ(placeOf(&GraphNodePin::isInputPin), notVirtual);
@@ -485,6 +495,7 @@ TEST(VirtualSlotOrder, ANonVirtualOperationHasNoPlace)
     EXPECT_EQ(placeOf(&GraphConnection::getSourcePin), notVirtual);
     EXPECT_EQ(placeOf(&GraphNodeBase::getAllChildNodePins), notVirtual);
     EXPECT_EQ(placeOf(&GraphScene::updateNodeIdChange), notVirtual);
+    EXPECT_EQ(placeOf(&GraphSettings::initialize), notVirtual);
 }
 
 #undef SLOT
