@@ -28,8 +28,8 @@ public:
     virtual std::size_t read(void* bytes, std::size_t count);
     virtual std::size_t write(void const* bytes, std::size_t count);
 
-    /// Hands on to the system what the file still holds back. False when it could not take it: a full disk may
-    /// show only now. True without a file, for streams that write elsewhere.
+    /// Hands on to the system what the file still holds back. False when it could not take it: a full disk
+    /// may show only now. True without a file, for streams that write elsewhere.
     bool flush();
 
     std::FILE* getFile() const { return file_; }
