@@ -47,15 +47,16 @@ std::string inInches(float length)
     return std::to_string(length / pointsPerInch);
 }
 
-// Parts that no link connects are packed beside each other, instead of into one endless column.
-Graph makeGraph(Size gap)
+// Parts that no link connects are packed beside each other, instead of into one endless column. The gap is in
+// the boxes, half of it on each side, so that it is kept in every direction.
+Graph makeGraph()
 {
     Graph graph(agopen(text("boxes"), Agdirected, nullptr));
     set(graph.get(), "rankdir", "LR");
     set(graph.get(), "splines", "false");
-    set(graph.get(), "nodesep", inInches(gap.height));
-    set(graph.get(), "ranksep", inInches(gap.width));
-    set(graph.get(), "pack", std::to_string(static_cast<int>(std::max(gap.width, gap.height) / 2) + 1));
+    set(graph.get(), "nodesep", "0.02");
+    set(graph.get(), "ranksep", "0.02");
+    set(graph.get(), "pack", "1");
     set(graph.get(), "packmode", "graph");
     return graph;
 }
@@ -95,9 +96,10 @@ void moveToOrigin(std::vector<Point>& corners)
 std::vector<Point> arrangeBoxes(std::vector<Size> const& boxes, std::vector<BoxLink> const& links, Size gap)
 {
     Context const context(gvContext());
-    Graph const graph = makeGraph(gap);
+    Graph const graph = makeGraph();
     std::vector<Agnode_t*> nodes;
-    for (std::size_t i = 0; i < boxes.size(); ++i) nodes.push_back(addBox(graph, i, boxes[i]));
+    for (Size box : boxes)
+        nodes.push_back(addBox(graph, nodes.size(), {box.width + gap.width, box.height + gap.height}));
     for (BoxLink const& link : links) agedge(graph.get(), nodes[link.from], nodes[link.to], nullptr, 1);
 
     if (gvLayout(context.get(), graph.get(), "dot") != 0)

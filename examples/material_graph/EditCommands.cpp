@@ -44,7 +44,7 @@ std::string obstacleToGroup(MaterialNode& node, GraphNodeBase* owner)
 // Why a node in that owner cannot get the name; empty when it can.
 std::string obstacleToName(KS_String const& name, GraphNodeBase& owner)
 {
-    if (name.isEmpty()) return "the node needs a name";
+    if (name.isEmpty()) return "the name is empty";
     if (owner.getNodeByName(name, false) != nullptr)
         return "the name " + inQuotes(name) + " is taken in " + inQuotes(owner.getFullName());
     return {};

@@ -34,13 +34,13 @@ std::string windowRule(GraphSettings const& settings)
            "px; margin: " + svgNumber(settings.getGraphHelpVerticalMargin()) + "px auto; }\n";
 }
 
-std::string headOf(GraphNodeBase& node, GraphSettings const& settings)
+std::string headContent(GraphNodeBase& node, GraphSettings const& settings)
 {
-    return "<head><meta charset=\"utf-8\"/>"
+    return "<meta charset=\"utf-8\"/>"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>"
            "<title>" +
            escaped(node.getFullName()) + "</title><style>" + std::string(settings.getGraphHelpCss()) +
-           windowRule(settings) + "</style></head>";
+           windowRule(settings) + "</style>";
 }
 
 } // namespace
@@ -49,8 +49,12 @@ std::string helpPage(GraphNodeBase& node, GraphSettings const& settings)
 {
     constexpr std::string_view emptyHead = "<head/>";
     std::string page(node.asHTML());
-    std::size_t const head = page.find(emptyHead);
-    if (head != page.npos) page.replace(head, emptyHead.size(), headOf(node, settings));
+    std::string const content = headContent(node, settings);
+    std::size_t const place = page.find(emptyHead);
+    if (place != page.npos)
+        page.replace(place, emptyHead.size(), "<head>" + content + "</head>");
+    else
+        page.insert(0, content); // the tags around a head may be left out
     return "<!DOCTYPE html>\n" + page + "\n";
 }
 

@@ -135,13 +135,21 @@ void moveNotes(GraphLayout& layout, KS_String const& from, KS_String const& to, 
 
 void followRenames(GraphLayout& layout, std::vector<MovedNode> const& moved)
 {
-    layout.applyDictionary(OldNames(moved).dictionary());
+    OldNames const names(moved);
+    Dictionary const& dictionary = names.dictionary();
+    // What the layout still knows of a node that once had the name is not the moved node's.
+    for (auto const& [before, now] : dictionary)
+        if (dictionary.count(now) == 0) layout.removeNode(now);
+    layout.applyDictionary(dictionary);
 }
 
 void followGrouping(GraphLayout& layout, GraphSettings const& settings, MaterialNode& compound,
                     std::vector<MovedNode> const& moved)
 {
     followRenames(layout, moved);
+    layout.removeNode(compound.getFullName());
+    for (GraphNodeBase* node : compound.getNodes())
+        if (node->isInterface()) layout.removeNode(node->getFullName());
     std::optional<Rect> const block = blockOf(moved, layout, settings);
     if (!block) return;
     placeInterfaceNodes(layout, settings, compound, *block);

@@ -5,6 +5,7 @@
 #include "TextMetrics.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <map>
 #include <optional>
@@ -136,6 +137,29 @@ bool isFree(Rect const& box, std::vector<Rect> const& others)
                         [&box](Rect const& other) { return box.overlaps(other); });
 }
 
+Size atLeastOne(Tuple2<float, float> const& step)
+{
+    return {step.first > 1.0f ? step.first : 1.0f, step.second > 1.0f ? step.second : 1.0f};
+}
+
+// The places at that distance from the middle one, in steps.
+std::vector<Point> ringAround(int ring)
+{
+    if (ring == 0) return {{}};
+    std::vector<Point> places;
+    for (int y = -ring; y <= ring; ++y)
+        for (int x = -ring; x <= ring; x += std::abs(y) == ring ? 1 : 2 * ring)
+            places.push_back({static_cast<float>(x), static_cast<float>(y)});
+    return places;
+}
+
+float lowestOf(std::vector<Rect> const& boxes)
+{
+    float lowest = boxes.front().bottom();
+    for (Rect const& box : boxes) lowest = std::max(lowest, box.bottom());
+    return lowest;
+}
+
 } // namespace
 
 void placeLevel(GraphLayout& layout, GraphNodeBase& level, GraphSettings const& settings)
@@ -157,22 +181,26 @@ void placeAllLevels(GraphLayout& layout, GraphNodeBase& root, GraphSettings cons
 
 Point freePlaceNear(Point wanted, Size box, std::vector<Rect> const& others, GraphSettings const& settings)
 {
-    auto const& step = settings.getFreeAreaStep();
+    constexpr int furthestRing = 100;
     auto const& margin = settings.getFreeAreaMargin();
-    auto const isFreeAt = [&](Point corner) {
-        return isFree(Rect{corner, box}.grownBy({margin.first, margin.second}), others);
-    };
-    // Rings of places around the wanted one. They end: at some ring, all of the others lie inside.
-    for (int ring = 0;; ++ring)
+    Size const step = atLeastOne(settings.getFreeAreaStep());
+    std::optional<Point> nearest;
+    float distance = std::numeric_limits<float>::max();
+    // The corners of a ring are further away than the sides of the next ones.
+    for (int ring = 0; ring <= furthestRing; ++ring)
     {
-        for (int y = -ring; y <= ring; ++y)
-            for (int x = -ring; x <= ring; x += (std::abs(y) == ring || ring == 0) ? 1 : 2 * ring)
-            {
-                Point const corner =
-                    wanted + Point{static_cast<float>(x) * step.first, static_cast<float>(y) * step.second};
-                if (isFreeAt(corner)) return corner;
-            }
+        if (static_cast<float>(ring) * std::min(step.width, step.height) >= distance) break;
+        for (Point place : ringAround(ring))
+        {
+            Point const way{place.x * step.width, place.y * step.height};
+            float const length = std::hypot(way.x, way.y);
+            Rect const room = Rect{wanted + way, box}.grownBy({margin.first, margin.second});
+            if (length >= distance || !isFree(room, others)) continue;
+            nearest = wanted + way;
+            distance = length;
+        }
     }
+    return nearest ? *nearest : Point{wanted.x, lowestOf(others) + margin.second};
 }
 
 std::optional<Rect> outlineOf(GraphNodeBase& node, GraphLayout const& layout, GraphSettings const& settings)

@@ -23,7 +23,8 @@ void placeLevel(kestrel::graph::GraphLayout& layout, kestrel::graph::GraphNodeBa
 void placeAllLevels(kestrel::graph::GraphLayout& layout, kestrel::graph::GraphNodeBase& root,
                     kestrel::graph::GraphSettings const& settings);
 
-/// The corner nearest to the wanted one at which a box keeps the margin from all the others.
+/// The corner nearest to the wanted one, in the steps of the settings, at which a box keeps the margin from
+/// all the others; below all of them where there is no room nearby.
 Point freePlaceNear(Point wanted, Size box, std::vector<Rect> const& others,
                     kestrel::graph::GraphSettings const& settings);
 

@@ -25,7 +25,7 @@ namespace
 {
 
 constexpr float furthest = 1.0e6f;
-constexpr float smallestNoteFontSize = 2.0f;
+constexpr float smallestNoteFontSize = 0.1f;
 
 // The end of a connection at one of its nodes.
 struct End

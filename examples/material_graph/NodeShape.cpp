@@ -87,7 +87,7 @@ private:
         stacked_ = !left_.empty() && !right_.empty() && both > most;
         float const pins = stacked_ ? std::max(inputs, outputs) : both;
         float const texts = std::max(textWidth(name(), labelFont()), textWidth(category(), categoryFont()));
-        float width = std::min(std::max(texts + 2 * shape_.roundness, pins), most);
+        float width = std::min(std::max(texts + labelInset() + shape_.roundness, pins), most);
         width = std::max({width, settings_.getNodeMinSize().first, widthAboveBody(), tabsWidth(upperTabs_),
                           tabsWidth(lowerTabs_)});
         shape_.body.size.width = width;
@@ -106,7 +106,17 @@ private:
         if (pins.empty()) return 0.0f;
         float widest = 0.0f;
         for (GraphNodePin* pin : pins) widest = std::max(widest, textWidth(nameOf(pin), pinFont()));
-        return widest + 2 * settings_.getPinHorizontalInsideMargin();
+        return widest + 2 * pinNameMargin();
+    }
+
+    // Half of the pin's size is the circle, in the middle of the edge; the rest is room around it.
+    float pinDiameter() const { return settings_.getPinHorizontalSize().first / 2; }
+
+    // From the edge to the name, which begins behind the circle.
+    float pinNameMargin() const
+    {
+        return std::max(settings_.getPinHorizontalInsideMargin(),
+                        pinDiameter() / 2 + settings_.getPinBorderWidth());
     }
 
     float tabWidth(GraphNodePin* pin) const
@@ -129,11 +139,12 @@ private:
         return besideTab ? shape_.roundness + settings_.getNodeRFgroupTabSize().first : 0.0f;
     }
 
+    float labelInset() const { return shape_.roundness + settings_.getNodeLabelPosition().first; }
+
     void setLabels()
     {
-        Point const corner{shape_.roundness + settings_.getNodeLabelPosition().first,
-                           labelPadding + settings_.getNodeLabelPosition().second};
-        float const room = shape_.body.size.width - 2 * shape_.roundness;
+        Point const corner{labelInset(), labelPadding + settings_.getNodeLabelPosition().second};
+        float const room = shape_.body.size.width - labelInset() - shape_.roundness;
         Label::Align const align =
             settings_.getNodeLabelHorizontalCentered() ? Label::Align::Middle : Label::Align::Left;
         auto lines = wrapped(name(), labelFont(), room);
@@ -178,11 +189,10 @@ private:
         return top;
     }
 
-    // Half of the pin's size is the circle, in the middle of the edge; the rest is room around it.
     void addCircle(GraphNodePin* pin, float y, bool atLeft)
     {
         float const width = shape_.body.size.width;
-        float const diameter = settings_.getPinHorizontalSize().first / 2;
+        float const diameter = pinDiameter();
         Point const outwards{atLeft ? -1.0f : 1.0f, 0.0f};
         Point const center = Point{atLeft ? 0.0f : width, y} + offset(atLeft);
         Rect const box{center - Point{diameter / 2, diameter / 2}, {diameter, diameter}};
@@ -199,7 +209,7 @@ private:
     Label circleName(GraphNodePin* pin, float y, bool atLeft) const
     {
         if (!settings_.getPinShowName()) return {};
-        float const margin = settings_.getPinHorizontalInsideMargin();
+        float const margin = pinNameMargin();
         float const width = shape_.body.size.width - 2 * margin;
         float const height = linesHeight(1, pinFont());
         return {{nameOf(pin)},

@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr float unitsPerEm = 1000.0f;
-constexpr int widestLetter = 1000;
+constexpr int widestLetter = 1015;
 // A text has room in its own width, however the sum was made.
 constexpr float roundingError = 0.01f;
 

@@ -51,6 +51,8 @@ bool FileStream::flush()
     return file_ == nullptr || std::fflush(file_) == 0;
 }
 
+FileStreamRaw::~FileStreamRaw() = default;
+
 bool FileStreamRaw::readValue(int& value)
 {
     return readRaw(*this, value);
@@ -114,6 +116,8 @@ bool FileStreamRaw::writeValue(Color4<float> const& value)
 {
     return writeRaw(*this, value);
 }
+
+FileStreamEndian::~FileStreamEndian() = default;
 
 bool FileStreamEndian::readValue(int& value)
 {

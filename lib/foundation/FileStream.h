@@ -15,6 +15,9 @@ namespace kestrel
 
 /// Blocks of bytes to and from a file that the stream does not own: the host opens it, in binary mode, and
 /// closes it. With a null file nothing is transferred.
+///
+/// A file that is both written and read needs a positioning call, such as `std::rewind`, in between. One
+/// thread at a time uses a stream.
 class KS_FOUNDATION_API FileStream
 {
 public:
@@ -23,14 +26,15 @@ public:
     FileStream& operator=(FileStream const&) = delete;
     virtual ~FileStream();
 
-    /// Both return the number of bytes transferred, which is less than `count` at the end of the file, on a
-    /// full disk or after an error. A null pointer transfers nothing.
+    /// Both return the number of bytes transferred, which is less than `count` only at the end of the file,
+    /// on a full disk or after an error: an override, too, goes on until all are there. A null pointer
+    /// transfers nothing.
     virtual std::size_t read(void* bytes, std::size_t count);
     virtual std::size_t write(void const* bytes, std::size_t count);
 
     /// Hands on to the system what the file still holds back. False when it could not take it: a full disk
-    /// may show only now. True without a file, for streams that write elsewhere.
-    bool flush();
+    /// may show only now. True without a file. An override does the same for what its `write` holds back.
+    virtual bool flush();
 
     std::FILE* getFile() const { return file_; }
 
@@ -45,6 +49,7 @@ class KS_FOUNDATION_API FileStreamRaw : public FileStream
 {
 public:
     explicit FileStreamRaw(std::FILE* file) : FileStream(file) {}
+    ~FileStreamRaw() override;
 
     bool readValue(int& value);
     bool readValue(unsigned int& value);
@@ -68,6 +73,7 @@ class KS_FOUNDATION_API FileStreamEndian : public FileStream
 {
 public:
     explicit FileStreamEndian(std::FILE* file) : FileStream(file) {}
+    ~FileStreamEndian() override;
 
     bool readValue(int& value);
     bool readValue(unsigned int& value);

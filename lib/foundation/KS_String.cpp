@@ -18,10 +18,6 @@ namespace
 // Texts up to this length are formatted without touching the heap first.
 constexpr std::size_t formatOnStack = 256;
 
-// A text that is read in grows by an eighth at a time, within these bounds.
-constexpr unsigned int smallestReadStep = 64u * 1024u;
-constexpr unsigned int largestReadStep = 4u * 1024u * 1024u;
-
 unsigned int checkedSize(std::uint64_t size)
 {
     if (size > 0xFFFFFFFFu) throw std::bad_array_new_length();
@@ -285,40 +281,33 @@ bool KS_String::endWithNul()
 {
     if (data_[size_ - 1] == '\0') return true;
     if (size_ == 0xFFFFFFFFu) return false;
-    try
+    if (size_ == capacity_)
     {
-        if (size_ == capacity_) regrowBlock(capacity_ + 1);
+        char* const block = new char[capacity_ + 1u];
+        std::copy_n(data_, size_, block);
+        delete[] data_;
+        data_ = block;
+        ++capacity_;
     }
-    catch (std::bad_alloc const&)
-    {
-        becomeEmpty(); // never left without a NUL
-        throw;
-    }
-    ++size_;
-    data_[size_ - 1] = '\0';
+    data_[size_++] = '\0';
     return true;
 }
 
-// How many more of `total` bytes may be read behind the first `size_`. A buffer that is too small grows with
-// what has arrived, never to a total that is only claimed.
-unsigned int KS_String::makeRoomToRead(unsigned int total)
+// Replaces the buffer by one of exactly that many bytes, taken from the pieces in order.
+bool KS_String::join(std::vector<std::unique_ptr<char[]>> const& pieces, unsigned int count)
 {
-    if (capacity_ < total && size_ + 1 >= capacity_)
+    char* const block = new char[count];
+    unsigned int copied = 0;
+    for (std::unique_ptr<char[]> const& piece : pieces)
     {
-        unsigned int const step = std::clamp(size_ / 8, smallestReadStep, largestReadStep);
-        regrowBlock(total - size_ > step ? size_ + step : total);
+        unsigned int const size = std::min(count - copied, readPieceSize);
+        std::copy_n(piece.get(), size, block + copied);
+        copied += size;
     }
-    return std::min(capacity_, total) - size_;
-}
-
-// Copies the bytes as they stand: while a text is read in, they end with no NUL.
-void KS_String::regrowBlock(unsigned int newCapacity)
-{
-    char* const block = new char[newCapacity];
-    std::copy_n(data_, size_, block);
     delete[] data_;
     data_ = block;
-    capacity_ = newCapacity;
+    size_ = capacity_ = count;
+    return endWithNul();
 }
 
 } // namespace kestrel

@@ -7,8 +7,10 @@
 #include <compare>
 #include <cstddef>
 #include <initializer_list>
+#include <memory>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace kestrel
 {
@@ -165,8 +167,9 @@ public:
     /// @{
 
     /// False when the stream ended early; the text is empty then. A count of 0 is the empty text, and bytes
-    /// without a final NUL get one. The count alone never makes it allocate: the buffer grows as the bytes
-    /// arrive. `Stream` is `FileStreamRaw` or `FileStreamEndian`.
+    /// without a final NUL get one. The count alone never makes it allocate more than 64 KiB: memory grows
+    /// with the bytes that arrive. `Stream` is `FileStreamRaw`, `FileStreamEndian` or any class that has
+    /// their `readValue`, `writeValue`, `read` and `write`.
     template <class Stream>
     bool read(Stream& stream);
 
@@ -185,11 +188,32 @@ private:
     void replaceBy(std::string_view bytes);
     void becomeEmpty();
     bool endWithNul();
-    unsigned int makeRoomToRead(unsigned int total);
-    void regrowBlock(unsigned int newCapacity);
+
+    static constexpr unsigned int readPieceSize = 64u * 1024u;
+
+    /// Leaves the text empty, whatever bytes are in its buffer, unless the reading comes to its end.
+    class Reading
+    {
+    public:
+        explicit Reading(KS_String& text) : text_(text) {}
+        Reading(Reading const&) = delete;
+        Reading& operator=(Reading const&) = delete;
+        ~Reading()
+        {
+            if (!finished_) text_.becomeEmpty();
+        }
+        void finish() { finished_ = true; }
+
+    private:
+        KS_String& text_;
+        bool finished_ = false;
+    };
 
     template <class Stream>
-    bool readBytes(Stream& stream, unsigned int count);
+    bool readIntoBuffer(Stream& stream, unsigned int count);
+    template <class Stream>
+    bool readIntoPieces(Stream& stream, unsigned int count);
+    bool join(std::vector<std::unique_ptr<char[]>> const& pieces, unsigned int count);
 
     char* data_ = nullptr;
     unsigned int size_ = 0;
@@ -201,34 +225,36 @@ static_assert(sizeof(KS_String) == sizeof(char*) + 2 * sizeof(unsigned int));
 template <class Stream>
 bool KS_String::read(Stream& stream)
 {
+    Reading reading(*this);
     unsigned int count = 0;
-    bool good = stream.readValue(count);
-    if (good && count > capacity_)
-    {
-        KS_String longer;
-        good = longer.readBytes(stream, count);
-        if (good) swap(longer);
-    }
-    else if (good && count != 0)
-    {
-        good = readBytes(stream, count);
-    }
-    if (!good || count == 0) becomeEmpty();
-    return good;
+    if (!stream.readValue(count)) return false;
+    if (count == 0) return true;
+    if (!(count <= capacity_ ? readIntoBuffer(stream, count) : readIntoPieces(stream, count))) return false;
+    reading.finish();
+    return true;
 }
 
 template <class Stream>
-bool KS_String::readBytes(Stream& stream, unsigned int count)
+bool KS_String::readIntoBuffer(Stream& stream, unsigned int count)
 {
-    size_ = 0;
-    while (size_ < count)
-    {
-        unsigned int const wanted = makeRoomToRead(count);
-        std::size_t const arrived = stream.read(data_ + size_, wanted);
-        if (arrived != wanted) return false;
-        size_ += wanted;
-    }
+    if (stream.read(data_, count) != count) return false;
+    size_ = count;
     return endWithNul();
+}
+
+// Each piece is made when all before it have arrived: a count that is only claimed costs one piece.
+template <class Stream>
+bool KS_String::readIntoPieces(Stream& stream, unsigned int count)
+{
+    std::vector<std::unique_ptr<char[]>> pieces;
+    for (unsigned int left = count; left != 0;)
+    {
+        unsigned int const size = left < readPieceSize ? left : readPieceSize;
+        pieces.push_back(std::make_unique_for_overwrite<char[]>(size));
+        if (stream.read(pieces.back().get(), size) != size) return false;
+        left -= size;
+    }
+    return join(pieces, count);
 }
 
 template <class Stream>

@@ -22,7 +22,7 @@
 #endif
 
 /// Lets the compiler check printf-style arguments; both indexes count from 1, `this` included.
-#if defined(__MINGW32__)
+#if defined(__MINGW32__) && !defined(__clang__)
 #define KS_PRINTF_LIKE(formatIndex, firstArgument)                                                           \
     __attribute__((format(gnu_printf, formatIndex, firstArgument)))
 #elif defined(__GNUC__)

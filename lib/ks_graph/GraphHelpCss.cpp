@@ -57,7 +57,7 @@ body {
   overflow-wrap: break-word;
 }
 
-body > :first-child {
+body > :first-child, body > p:empty:first-child + * {
   margin-top: 0;
 }
 
@@ -324,6 +324,9 @@ figcaption {
     --raised: #ffffff;
     --line: #999999;
     --accent: #000000;
+    --mark: #ffffff;
+    --note: #444444;
+    --warning: #444444;
   }
 
   body {

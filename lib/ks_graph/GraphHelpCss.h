@@ -8,7 +8,7 @@ namespace kestrel::graph
 {
 
 /// Plain CSS without imports, so that a page that holds it needs nothing else. It styles bare elements, as
-/// `GraphNodeBase::asHTML` and the descriptions in it are written.
+/// `GraphNodeBase::asHTML` and the descriptions in it are written, and the classes "note" and "warning".
 extern std::string_view const graphHelpCss;
 
 } // namespace kestrel::graph

@@ -378,13 +378,9 @@ void GraphLayout::updateWithOther(GraphLayout const& other)
             for (auto const& [name, value] : other.*field.map)
                 (this->*field.map).insert_or_assign(name, value);
         });
-    // The other may be this one, whose list grows, and moves, while its notes are added.
-    unsigned int const count = other.notes_.size();
-    for (unsigned int i = 0; i < count; ++i)
-    {
-        NoteDesc const note = other.notes_[i];
-        addNote(note);
-    }
+    // The other may be this one, and an override of addNote may do with the list what it likes.
+    Array<NoteDesc, _Wa> const added = other.notes_;
+    for (NoteDesc const& note : added) addNote(note);
 }
 
 void GraphLayout::removeNode(KS_String const& name)

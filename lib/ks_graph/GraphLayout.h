@@ -24,8 +24,9 @@ namespace kestrel::graph
 
 /// A free text box on the canvas. Everything but the owner's name may be absent, for the editor to choose.
 ///
-/// A note owns its values; what the getters return views them, until the note changes or goes. Positions and
-/// sizes are in the units of the canvas, which the library does not interpret.
+/// A note owns its values; what the getters return views them, until the note changes or goes. A `set...`
+/// makes a value present, a `reset...` makes it absent. Positions and sizes are in the units of the canvas,
+/// which the library does not interpret.
 class KS_GRAPH_API NoteDesc
 {
 public:
@@ -107,11 +108,14 @@ private:
 /// name.
 ///
 /// Names are full names, never pointers or ids, so that a layout outlives the graph and fits a copy of it.
-/// Nothing tells a layout of a rename: a host that renames or moves nodes renames them here, too, with
-/// `applyDictionary` or `replacePrefixInNames`. Names order by their bytes and end at the first NUL.
+/// Nothing tells a layout of a rename: a host that renames or moves nodes renames them here, too, best by
+/// `applyDictionary`, with an entry for each node and for each connection, whose name holds the names of two
+/// nodes. Names order by their bytes and end at the first NUL.
 ///
-/// A look-up costs the logarithm of the number of names. A single change happens whole or, when an allocation
-/// fails, not at all; the operations that change many names are a series of such changes.
+/// One name costs the logarithm of the number of names; what works on all of them, renaming, gathering,
+/// comparing, updating, costs that for each. A single change happens whole or, when an allocation fails, not
+/// at all; the operations that change many names are a series of such changes. One thread at a time uses a
+/// layout.
 class KS_GRAPH_API GraphLayout
 {
 public:
@@ -127,15 +131,15 @@ public:
     virtual ~GraphLayout();
 
     /// @name Inserting one value: the first one stays
-    /// A value for a name that has one already is dropped. To change a value, remove the name first, or use
-    /// `updateWithOther`. Overrides see what `insertNode` and `insertConnection` insert, but not what `read`
-    /// and `updateWithOther` bring in.
+    /// A value for a name that has one already is dropped. To change the values of a node, remove it first;
+    /// to change one value, also of a connection, use `updateWithOther` with a layout that holds the new one.
+    /// Overrides see what `insertNode` and `insertConnection` insert, but not what `read` and
+    /// `updateWithOther` bring in.
     /// @{
     virtual void insertNodePosition(KS_String const& name, Tuple2<float, float> const& position);
     virtual void insertNodeColor(KS_String const& name, Color4<float> const& color);
     virtual void insertNodeCollapsed(KS_String const& name, bool const& collapsed);
     virtual void insertNodeVisible(KS_String const& name, bool const& visible);
-    /// Whether the input pins stand at the node's side, in rows, instead of along its edge.
     virtual void insertNodeHorizontalInputs(KS_String const& name, bool const& horizontalInputs);
     virtual void insertNodeHorizontalOutputs(KS_String const& name, bool const& horizontalOutputs);
     virtual void insertConnectionVisible(KS_String const& name, bool const& visible);
@@ -154,10 +158,12 @@ public:
     /// @}
 
     /// @name Notes: a list in the order in which they were added
+    /// A note of the list is valid until the list changes.
     /// @{
 
-    /// Appends a copy. An override sees every note that comes in, also by the form below, by
-    /// `updateWithOther` and by `read`.
+    /// Appends a copy. An override sees the notes that come in by the form below, by `updateWithOther` and by
+    /// `read`, but not those of `setNotes` and `refNotes`. It hides the form below, unless a
+    /// using-declaration brings that back.
     virtual void addNote(NoteDesc const& note);
     virtual void addNote(KS_String const& ownerName, KS_String const& text,
                          Tuple2<float, float> const& position, Tuple2<float, float> const& size,
@@ -169,7 +175,7 @@ public:
 
     /// Gives the owner to the layout's notes that are equal to the given ones: for each of these, in order,
     /// to the first equal one, so that one that was given its new owner may not be found a second time. One
-    /// that is not found is skipped. The number of given notes times that of the layout's.
+    /// that is not found is skipped. The cost is the number of given notes times that of the layout's.
     void moveNotes(Array<NoteDesc, _Wa> const& notes, KS_String const& ownerName);
     /// @}
 
@@ -199,8 +205,8 @@ public:
     /// @name Positions
     /// @{
 
-    /// The smallest x and, independently, the smallest y of all node positions; zeros when there are none.
-    /// Notes do not count.
+    /// The smallest x and, independently, the smallest y of all node positions, starting from the largest
+    /// finite float; zeros when there are no positions. Notes do not count.
     Tuple2<float, float> getTopLeftCorner() const;
 
     /// Moves every node, and every note that has a position.
@@ -208,20 +214,21 @@ public:
     /// @}
 
     /// @name Renaming
-    /// They rewrite the names of nodes and connections and, as if each were a node's name, the owners' names
-    /// of the notes.
+    /// They rewrite the names of nodes and connections and, by the same rule, the owners' names of the notes.
     ///
     /// The names of each kind of value are rewritten one at a time, in ascending order of the old names, and
     /// a value that is moved to a name in use replaces the one there. So a chain, "a" to "b" and "b" to "c",
-    /// depends on that order: "a" arrives at "b" before "b" goes on to "c", and ends there itself. A name
-    /// whose new name is equal keeps its value.
+    /// depends on that order: "a" arrives at "b" before "b" goes on to "c", and ends there itself; and of two
+    /// names that are exchanged only one value is left. An owner's name is rewritten once. A name whose new
+    /// name is equal keeps its value.
     /// @{
 
     /// Every occurrence of `from` in a name becomes `to`. An empty `from` occurs nowhere.
     void replaceTxtInNames(KS_String const& from, KS_String const& to);
 
     /// `oldPrefix` in front of a name becomes `newPrefix`. It need not end where a part of the name ends:
-    /// "root.a" is in front of "root.ab", too. An empty one is in front of every name.
+    /// "root.a" is in front of "root.ab", too. An empty one is in front of every name. Of a connection, only
+    /// the source's name stands in front: "root.a.x.out > root.a.y.in" keeps its target.
     void replacePrefixInNames(KS_String const& oldPrefix, KS_String const& newPrefix);
 
     /// Names that are keys, as a whole, become the values.
@@ -233,25 +240,28 @@ public:
     /// layout holds its notes twice.
     void updateWithOther(GraphLayout const& other);
 
-    /// Removes all that is known of a node; its notes and connections stay.
+    /// Removes all that is known of a node, if anything is; its notes and connections stay.
     void removeNode(KS_String const& name);
 
+    /// Removes all values and notes.
     void clear();
 
-    /// Equal values under equal names, and equal notes in the same order.
+    /// Equal values under equal names, and equal notes in the same order. A layout with a number that is not
+    /// a number equals none, not even itself.
     bool operator==(GraphLayout const& other) const;
 
     /// Does nothing; a place for a debugger.
     void printValues() const;
 
     /// @name The binary file; docs/layout-format.md lays out its bytes
-    /// `Stream` is `FileStreamRaw` or `FileStreamEndian`; name it when passing an object of a class derived
-    /// from one of them: `layout.write<FileStreamRaw>(stream)`. The stream stands right behind the layout
+    /// `Stream` is `FileStreamRaw` or `FileStreamEndian` of <foundation/FileStream.h>; name it when passing
+    /// an object of a class derived from one of them, since there are no other instances:
+    /// `layout.write<FileStreamRaw>(stream)`. The stream stands right behind the layout
     /// afterwards, so several of them may follow each other in one file.
     /// @{
 
     /// Replaces this layout by the file's. Version 1 has no visibility of nodes and connections and no bezier
-    /// flags; any version of 2 or more is read as 2.
+    /// flags; any version of 2 or more is read as 2, and 0 as 1.
     ///
     /// False when the stream ended early or held a negative count: what was read whole up to there is kept,
     /// and nothing that is half read. No count or length in a file is trusted: memory grows with the bytes

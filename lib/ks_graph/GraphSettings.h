@@ -26,7 +26,8 @@ namespace kestrel::graph
 
 /// The visual and behavioural settings of a node-graph editor, with one set of defaults: a plain record. The
 /// library draws nothing and reads none of them, attaches no units to them, checks and clamps nothing, and
-/// tells nobody of a change; what a value means is up to the editor that draws with it.
+/// tells nobody of a change; what a value means is up to the editor that draws with it. One thread at a time
+/// uses a record.
 ///
 /// Each property below has `getName() const`, `refName()` and `setName(value)`, and is written as its type,
 /// its name and its default. Colours are red, green, blue, alpha in 0..1; pairs are x, y or width, height.
@@ -202,7 +203,7 @@ public:
     KS_GRAPH_SETTING(FloatPair, NodeShadowOffset, 2.0f, 2.0f);
     /// @}
 
-    /// @name Nodes drawn as rings
+    /// @name Nodes of the workflow family
     /// @{
     KS_GRAPH_SETTING(float, NodeRFBrightFactor, 0.7f);
     KS_GRAPH_SETTING(FloatPair, NodeGroupMargin, 15.0f, 15.0f);
@@ -220,7 +221,6 @@ public:
     /// @}
 
     /// @name Badges and lines inside nodes
-    /// A badge tells of the messages of a node; the lines lead from its inputs to its outputs.
     /// @{
     KS_GRAPH_SETTING(bool, NodeShowBadge, false);
     KS_GRAPH_SETTING(float, NodeBadgeMargin, 5.0f);
@@ -295,7 +295,7 @@ public:
     /// @}
 
     /// @name Menus and the help page
-    /// Two style sheets: the menus' is in the syntax of a widget toolkit, the help page's is CSS.
+    /// Two style sheets: the menus' is in the Qt style-sheet syntax, the help page's is CSS.
     /// @{
     KS_GRAPH_SETTING(KS_String, MenuStyle,
                      R"(QMenu::item:disabled { color: "#CCC"; })"

@@ -2,6 +2,7 @@
 /// Everything of the library.
 #pragma once
 
+#include <foundation/FileStream.h>
 #include <ks_graph/GraphConnection.h>
 #include <ks_graph/GraphLayout.h>
 #include <ks_graph/GraphNodeBase.h>

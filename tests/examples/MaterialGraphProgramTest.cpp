@@ -138,7 +138,7 @@ TEST(MaterialProgram, WhatCannotBeDoneIsAMessage)
              Case{{"group", "h", "a", "x"}, "group: error: there is no node 'x'\n"},
              Case{{"group", "g", "a"}, "group: error: the name 'g' is taken in 'root'\n"},
              Case{{"group", "G", "a"}, "group: error: the name 'G' is taken in 'root'\n"},
-             Case{{"group", "", "a"}, "group: error: the compound needs a name\n"},
+             Case{{"group", "", "a"}, "group: error: the name is empty\n"},
              Case{{"group", "h", "root"}, "group: error: 'root' is the document itself\n"},
              Case{{"group", "h", "a", "g.inside"},
                   "group: error: 'root.g.inside' is not beside the first node\n"},

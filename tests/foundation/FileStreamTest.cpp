@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <random>
 #include <string>
 #include <string_view>
@@ -875,6 +876,34 @@ TYPED_TEST(FileStreams, ATextIsReadByWhatTheBlocksSay)
     EXPECT_FALSE(text.read(stream));
     EXPECT_EQ(text.length(), 0u);
     EXPECT_STREQ(text.c_str(), "");
+}
+
+/// Throws as a host's stream may that runs out of memory, but for numbers: after it has filled the block.
+template <class Base>
+struct ThrowingStream : Base
+{
+    using Base::Base;
+
+    std::size_t read(void* bytes, std::size_t count) override
+    {
+        std::size_t const arrived = Base::read(bytes, count);
+        if (count > sizeof(unsigned int)) throw std::bad_alloc();
+        return arrived;
+    }
+};
+
+TYPED_TEST(FileStreams, ATextIsEmptyWhenItsStreamThrows)
+{
+    for (unsigned int capacity : {4u, 9u, 50u})
+    {
+        SCOPED_TRACE(capacity);
+        TemporaryFile const file(TestFixture::stored("abcdefghi"sv));
+        ThrowingStream<TypeParam> stream(file.get());
+        KS_String text("old");
+        text.reserve(capacity, true);
+        EXPECT_THROW(text.read(stream), std::bad_alloc);
+        expectText(text, "");
+    }
 }
 
 TYPED_TEST(FileStreams, ATextThatIsNotTakenWholeIsToldSo)

@@ -1,0 +1,714 @@
+#include "MaterialGraphPictures.h"
+
+#include <material_graph/LayoutDump.h>
+#include <material_graph/LayoutFile.h>
+
+#include <foundation/FileStream.h>
+#include <ks_graph/GraphLayout.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace material_graph::test
+{
+
+namespace
+{
+
+using kestrel::FileStreamRaw;
+using kestrel::KS_String;
+using kestrel::graph::GraphLayout;
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+using ::testing::UnorderedElementsAre;
+
+using Words = std::vector<std::string>;
+
+/// A chain of two, a node whose name begins with that of another, and a compound with a chain of its own.
+constexpr char const* content = R"(<add name="a" type="float"/>
+    <add name="ab" type="float"/>
+    <add name="b" type="float"><input name="in1" type="float" nodename="a"/></add>
+    <nodegraph name="g">
+      <add name="first" type="float"/>
+      <add name="second" type="float"><input name="in1" type="float" nodename="first"/></add>
+      <output name="o" type="float" nodename="second"/>
+    </nodegraph>
+    <add name="c" type="float"><input name="in1" type="float" nodegraph="g" output="o"/></add>)";
+
+/// Runs of the program on one document, with a folder for their files.
+class Session
+{
+public:
+    explicit Session(std::string const& document = materialx(content))
+        : path_(folder_.write("test.mtlx", document))
+    {}
+
+    Folder const& folder() const { return folder_; }
+    std::string const& document() const { return path_; }
+
+    /// The commands in one run.
+    Outcome run(std::vector<Words> const& commands) const
+    {
+        Words arguments{path_};
+        for (Words const& command : commands)
+        {
+            if (arguments.size() > 1) arguments.emplace_back("+");
+            arguments.insert(arguments.end(), command.begin(), command.end());
+        }
+        return Outcome(arguments);
+    }
+
+    std::string write(GraphLayout const& layout) const
+    {
+        std::string const path = folder_.file("given.layout");
+        EXPECT_EQ(saveLayout(path, layout), "");
+        return path;
+    }
+
+    /// The layout that the commands leave behind.
+    GraphLayout layoutAfter(std::vector<Words> commands) const
+    {
+        std::string const path = folder_.file("result.layout");
+        commands.push_back({"layout", "save", path});
+        Outcome const outcome = run(commands);
+        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.status, Status::Done);
+        GraphLayout layout;
+        EXPECT_EQ(loadLayout(path, layout), "");
+        return layout;
+    }
+
+    GraphLayout layoutAfter(GraphLayout const& before, Words const& command) const
+    {
+        return layoutAfter({{"layout", "load", write(before)}, command});
+    }
+
+private:
+    Folder folder_;
+    std::string path_;
+};
+
+Point positionOf(std::string const& name, GraphLayout const& layout)
+{
+    auto const position = layout.getPositionByNodeName(KS_String(name));
+    if (!position) throw std::runtime_error(name + " has no position");
+    return {position->first, position->second};
+}
+
+Point wayBetween(std::string const& from, std::string const& to, GraphLayout const& layout)
+{
+    return positionOf(to, layout) - positionOf(from, layout);
+}
+
+bool isCollapsed(std::string const& name, GraphLayout const& layout)
+{
+    return layout.getCollapsedByNodeName(KS_String(name)).value_or(false);
+}
+
+bool isHidden(std::string const& connection, GraphLayout const& layout)
+{
+    return !layout.getVisibleByConnectionName(KS_String(connection)).value_or(true);
+}
+
+std::vector<std::string> noteOwners(GraphLayout const& layout)
+{
+    std::vector<std::string> owners;
+    for (auto const& note : layout.getNotes()) owners.emplace_back(note.getOwnerName());
+    return owners;
+}
+
+/// Something of everything about that document, with other names for two of its nodes.
+GraphLayout richLayout(std::string const& a = "a", std::string const& g = "g")
+{
+    GraphLayout layout;
+    auto const node = [&](std::string const& name, float x, float y) {
+        layout.insertNodePosition(KS_String("root." + name), {x, y});
+    };
+    node(a, 0.0f, 0.0f);
+    node("ab", 0.0f, 300.0f);
+    node("b", 250.0f, 40.0f);
+    node(g, 500.0f, 300.0f);
+    node("c", 800.0f, 320.0f);
+    node(g + ".first", -100.0f, 50.0f);
+    node(g + ".second", 150.0f, 90.0f);
+    node(g + ".output interface01", 400.0f, 20.0f);
+    KS_String const renamed("root." + a);
+    KS_String const inside("root." + g + ".first");
+    layout.insertNodeColor(renamed, {1.0f, 0.0f, 0.0f, 1.0f});
+    layout.insertNodeHorizontalInputs(renamed, false);
+    layout.insertNodeHorizontalOutputs("root.ab", false);
+    layout.insertNodeCollapsed(inside, true);
+    layout.insertNodeVisible(inside, false);
+    layout.insertConnection(KS_String("root." + a + ".out > root.b.in1"), false, true);
+    layout.insertConnection(KS_String("root." + g + ".o > root.c.in1"), true, false);
+    layout.insertConnection(KS_String("root." + g + ".first.out > root." + g + ".second.in1"), false, false);
+    for (std::string const& owner : {std::string("root"), "root." + g, "root." + a})
+        layout.addNote(KS_String(owner), KS_String("of " + owner.substr(0, 4)), {0.0f, -200.0f},
+                       {80.0f, 40.0f}, {}, {});
+    return layout;
+}
+
+/// @name Saving and loading
+/// @{
+
+TEST(MaterialLayoutFile, SaveWritesAPlaceForEveryNodeOfEveryLevel)
+{
+    Session const session;
+    kestrel::Array<KS_String, kestrel::_Wa> found;
+    GraphLayout const layout = session.layoutAfter({});
+    layout.getInvolvedNodeNames(found);
+    EXPECT_THAT(std::vector<std::string>(found.begin(), found.end()),
+                UnorderedElementsAre("root.a", "root.ab", "root.b", "root.g", "root.c", "root.g.first",
+                                     "root.g.second", "root.g.output interface01"));
+}
+
+TEST(MaterialLayoutFile, SaveIsSilentAndWritesNothingBeside)
+{
+    Session const session;
+    Outcome const outcome = session.run({{"layout", "save", session.folder().file("saved")}});
+    EXPECT_EQ(outcome.status, Status::Done);
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_THAT(session.folder().names(), UnorderedElementsAre("test.mtlx", "saved"));
+}
+
+TEST(MaterialLayoutFile, SaveHasTheSameByteOrderOnEveryMachine)
+{
+    Session const session;
+    session.layoutAfter({});
+    EXPECT_THAT(contentOf(session.folder().file("result.layout")), StartsWith(std::string("\0\0\0\2", 4)));
+}
+
+TEST(MaterialLayoutFile, WhatIsLoadedIsSavedAsItWas)
+{
+    Session const session;
+    GraphLayout const given = richLayout();
+    EXPECT_EQ(session.layoutAfter({{"layout", "load", session.write(given)}}), given);
+    EXPECT_EQ(contentOf(session.folder().file("given.layout")),
+              contentOf(session.folder().file("result.layout")));
+}
+
+TEST(MaterialLayoutFile, WhatBelongsToNoNodeOfTheGraphIsKept)
+{
+    Session const session;
+    GraphLayout given = richLayout();
+    given.insertNodePosition("root.elsewhere", {1.0f, 2.0f});
+    given.insertConnectionBezier("root.x.out > root.y.in", true);
+    EXPECT_EQ(session.layoutAfter({{"layout", "load", session.write(given)}}), given);
+}
+
+TEST(MaterialLayoutFile, LoadReplacesWhatWasThereBefore)
+{
+    Session const session;
+    GraphLayout const given = richLayout();
+    EXPECT_EQ(
+        session.layoutAfter(
+            {{"layout", "hide", "b"}, {"layout", "collapse", "c"}, {"layout", "load", session.write(given)}}),
+        given);
+}
+
+TEST(MaterialLayoutFile, LoadTakesTheByteOrderOfThisMachineToo)
+{
+    Session const session;
+    GraphLayout const given = richLayout();
+    std::string const path = session.folder().file("raw.layout");
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
+    FileStreamRaw stream(file.get());
+    ASSERT_TRUE(given.write(stream));
+    file.reset();
+    EXPECT_EQ(session.layoutAfter({{"layout", "load", path}}), given);
+}
+
+TEST(MaterialLayoutFile, NodesStandWhereTheLoadedLayoutPutsThem)
+{
+    Session const session;
+    Outcome const drawn = session.run({{"layout", "load", session.write(richLayout())}, {"svg"}});
+    Picture const picture(drawn.out);
+    EXPECT_LT(distance(bodyOf(picture.node("root.b")).topLeft, {250.0f, 40.0f}), rounding);
+    EXPECT_THAT(picture.names("connection"), ElementsAre("root.g.o > root.c.in1"));
+    EXPECT_EQ(picture.ofClass("note").size(), 1u);
+}
+
+class LayoutOfExample : public ::testing::TestWithParam<std::string>
+{
+protected:
+    Document document_{ExampleFile{GetParam() + ".mtlx"}};
+    Session const session_{contentOf(exampleFile(GetParam() + ".mtlx"))};
+};
+
+INSTANTIATE_TEST_SUITE_P(MaterialLayoutFile, LayoutOfExample, ::testing::ValuesIn(exampleNames()),
+                         [](auto const& example) { return example.param; });
+
+TEST_P(LayoutOfExample, IsDrawnByteForByteAsBeforeWhenItWasSavedAndLoaded)
+{
+    std::string const path = session_.folder().file("saved");
+    session_.run({{"layout", "save", path}});
+    for (auto* level : levelsOf(document_.scene))
+    {
+        std::string const name(level->getFullName());
+        Outcome const before = session_.run({{"svg", name}});
+        EXPECT_THAT(before.out, StartsWith("<svg ")) << name;
+        EXPECT_EQ(session_.run({{"layout", "load", path}, {"svg", name}}).out, before.out) << name;
+    }
+}
+
+TEST_P(LayoutOfExample, HasNoOverlapWhenAnyCompoundIsUngrouped)
+{
+    for (auto* level : levelsOf(document_.scene))
+    {
+        if (level->isRoot()) continue;
+        std::string const compound(level->getFullName());
+        std::string const owner(level->getNodeOwner()->getFullName());
+        SCOPED_TRACE(compound);
+        expectNoOverlap(Picture(session_.run({{"ungroup", compound}, {"svg", owner}}).out));
+    }
+}
+
+TEST_P(LayoutOfExample, HasNoOverlapWhenNeighboursAreGrouped)
+{
+    for (auto* level : levelsOf(document_.scene))
+    {
+        std::string const owner(level->getFullName());
+        Words command{"group", "of_some"};
+        for (auto* node : level->getNodes())
+            if (!node->isInterface() && command.size() < 5) command.emplace_back(node->getFullName());
+        if (command.size() < 3) continue;
+        SCOPED_TRACE(owner);
+        expectNoOverlap(Picture(session_.run({command, {"svg", owner}}).out));
+        expectNoOverlap(Picture(session_.run({command, {"svg", owner + ".of_some"}}).out));
+    }
+}
+
+/// @}
+
+/// @name Files that cannot be used
+/// @{
+
+void expectRefused(Outcome const& outcome, std::string const& message)
+{
+    EXPECT_EQ(outcome.status, Status::Defects) << message;
+    EXPECT_THAT(outcome.err, AllOf(HasSubstr(message), Not(HasSubstr("usage:"))));
+    EXPECT_THAT(outcome.out, IsEmpty());
+}
+
+TEST(MaterialLayoutFile, WithoutAFileThereIsAMessageAndStatusTwo)
+{
+    Session const session;
+    for (char const* command : {"load", "show"})
+        expectRefused(session.run({{"layout", command, session.folder().file("absent")}}),
+                      std::string("layout ") + command + ": error: ");
+    expectRefused(session.run({{"layout", "save", session.folder().file("no/such/folder")}}),
+                  "layout save: error: cannot write '");
+}
+
+TEST(MaterialLayoutFile, FolderIsRefused)
+{
+    Session const session;
+    for (char const* command : {"load", "show", "save"})
+        expectRefused(session.run({{"layout", command, session.folder().file("")}}),
+                      std::string("layout ") + command + ": error: ");
+    EXPECT_THAT(session.folder().names(), ElementsAre("test.mtlx"));
+}
+
+TEST(MaterialLayoutFile, DocumentItselfIsNeverWritten)
+{
+    Session const session;
+    std::filesystem::create_symlink(session.document(), session.folder().file("link"));
+    for (std::string const& path : {session.document(), session.folder().file("link")})
+    {
+        expectRefused(session.run({{"layout", "save", path}}), "is the document itself");
+        EXPECT_EQ(contentOf(session.document()), materialx(content));
+    }
+    expectRefused(session.run({{"layout", "load", session.document()}}), "layout load: error: ");
+}
+
+TEST(MaterialLayoutFile, DamagedOneEndsTheRunBeforeAnythingIsWritten)
+{
+    Session const session;
+    std::string const whole = contentOf(session.write(richLayout()));
+    for (std::string const& bytes :
+         {std::string(), std::string("no layout"), whole.substr(0, whole.size() - 1)})
+    {
+        std::string const damaged = session.folder().write("damaged", bytes);
+        expectRefused(
+            session.run({{"layout", "load", damaged}, {"layout", "save", session.folder().file("next")}}),
+            "layout load: error: cannot read '" + damaged + "'");
+        EXPECT_FALSE(std::filesystem::exists(session.folder().file("next")));
+        EXPECT_EQ(contentOf(damaged), bytes);
+    }
+}
+
+TEST(MaterialLayoutFile, OneThatIsCutAnywhereChangesNothing)
+{
+    Folder const folder;
+    GraphLayout const before = richLayout();
+    ASSERT_EQ(saveLayout(folder.file("whole"), richLayout("other")), "");
+    std::string const whole = contentOf(folder.file("whole"));
+    for (std::size_t size = 0; size < whole.size(); ++size)
+    {
+        GraphLayout layout = before;
+        EXPECT_NE(loadLayout(folder.write("cut", whole.substr(0, size)), layout), "") << size;
+        EXPECT_EQ(layout, before) << size;
+    }
+}
+
+TEST(MaterialLayoutFile, OldOneStaysWhenSavingFails)
+{
+    Session const session;
+    std::string const path = session.folder().write("kept", "old");
+    expectRefused(session.run({{"rename", "nobody", "x"}, {"layout", "save", path}}), "rename: error: ");
+    EXPECT_EQ(contentOf(path), "old");
+}
+
+TEST(MaterialLayoutFile, ShowPrintsWhatIsInTheFile)
+{
+    Session const session;
+    std::string const path = session.write(richLayout());
+    Outcome const shown = session.run({{"layout", "show", path}});
+    EXPECT_EQ(shown.status, Status::Done);
+    EXPECT_EQ(shown.out, dumpLayout(contentOf(path)).text);
+    EXPECT_THAT(shown.out, HasSubstr("\"root.g.first\""));
+}
+
+TEST(MaterialLayoutFile, ShowTellsWhereAFileIsDamaged)
+{
+    Session const session;
+    std::string const bytes = contentOf(session.write(richLayout()));
+    std::string const cut = bytes.substr(0, bytes.size() - 1);
+    Outcome const shown = session.run({{"layout", "show", session.folder().write("cut", cut)}});
+    EXPECT_EQ(shown.status, Status::Defects);
+    EXPECT_THAT(shown.err, HasSubstr("layout show: error: "));
+    EXPECT_THAT(shown.err, HasSubstr(dumpLayout(cut).defect));
+}
+
+/// @}
+
+/// @name Hiding and collapsing
+/// @{
+
+TEST(MaterialLayoutHide, LeavesNodesAndConnectionsOutOfThePicture)
+{
+    Session const session;
+    Outcome const outcome =
+        session.run({{"layout", "hide", "ab", "root.g", "root.a.out > root.b.in1"}, {"svg"}});
+    EXPECT_EQ(outcome.status, Status::Done);
+    Picture const picture(outcome.out);
+    EXPECT_THAT(picture.names("node"), UnorderedElementsAre("root.a", "root.b", "root.c"));
+    EXPECT_THAT(picture.ofClass("connection"), IsEmpty());
+}
+
+TEST(MaterialLayoutHide, IsSaved)
+{
+    Session const session;
+    GraphLayout const layout = session.layoutAfter({{"layout", "hide", "g.first", "root.g.o > root.c.in1"}});
+    EXPECT_FALSE(*layout.getVisibleByNodeName("root.g.first"));
+    EXPECT_FALSE(*layout.getVisibleByConnectionName("root.g.o > root.c.in1"));
+}
+
+TEST(MaterialLayoutHide, OverridesWhatTheLayoutSaid)
+{
+    Session const session;
+    GraphLayout shown = richLayout();
+    shown.insertNodeVisible("root.b", true);
+    GraphLayout const layout = session.layoutAfter(shown, {"layout", "hide", "b", "root.g.o > root.c.in1"});
+    EXPECT_FALSE(*layout.getVisibleByNodeName("root.b"));
+    EXPECT_FALSE(*layout.getVisibleByConnectionName("root.g.o > root.c.in1"));
+    EXPECT_EQ(*layout.getBezierByConnectionName("root.g.o > root.c.in1"), false);
+}
+
+TEST(MaterialLayoutCollapse, ShowsNodesWithoutTheirPins)
+{
+    Session const session;
+    GraphLayout open = richLayout();
+    open.insertNodeCollapsed("root.b", false);
+    std::string const given = session.write(open);
+    Outcome const outcome =
+        session.run({{"layout", "load", given}, {"layout", "collapse", "b", "root.g"}, {"svg"}});
+    EXPECT_EQ(outcome.status, Status::Done);
+    EXPECT_THAT(Picture(outcome.out).names("pin"), Not(Contains(StartsWith("root.b."))));
+    EXPECT_THAT(Picture(outcome.out).names("pin"), Not(Contains(StartsWith("root.g."))));
+    EXPECT_THAT(Picture(outcome.out).names("pin"), Contains("root.a.out"));
+    EXPECT_TRUE(isCollapsed("root.b", session.layoutAfter(open, {"layout", "collapse", "b"})));
+}
+
+TEST(MaterialLayoutHide, UnknownNameIsAMessageAndNothingIsHidden)
+{
+    Session const session;
+    std::string const path = session.folder().file("saved");
+    for (Words const& command :
+         {Words{"layout", "hide", "a", "nobody"}, Words{"layout", "hide", "root.a.out > root.b.nothing"},
+          Words{"layout", "collapse", "a", "nobody"}, Words{"layout", "collapse", "root.a.out > root.b.in1"}})
+    {
+        expectRefused(session.run({command, {"layout", "save", path}}),
+                      "layout " + command[1] + ": error: there is no ");
+        EXPECT_FALSE(std::filesystem::exists(path));
+    }
+}
+
+/// @}
+
+/// @name Following the graph
+/// @{
+
+TEST(MaterialLayoutRename, TakesAlongEverythingOfANode)
+{
+    EXPECT_EQ(Session().layoutAfter(richLayout(), {"rename", "a", "z"}), richLayout("z"));
+}
+
+TEST(MaterialLayoutRename, TakesAlongWhatIsInACompound)
+{
+    EXPECT_EQ(Session().layoutAfter(richLayout(), {"rename", "root.g", "h"}), richLayout("a", "h"));
+}
+
+TEST(MaterialLayoutRename, SwapsTwoNodes)
+{
+    Session const session;
+    GraphLayout const layout = session.layoutAfter({{"layout", "load", session.write(richLayout())},
+                                                    {"rename", "a", "kept"},
+                                                    {"rename", "b", "a"},
+                                                    {"rename", "kept", "b"}});
+    GraphLayout const before = richLayout();
+    EXPECT_LT(distance(positionOf("root.a", layout), positionOf("root.b", before)), rounding);
+    EXPECT_LT(distance(positionOf("root.b", layout), positionOf("root.a", before)), rounding);
+    EXPECT_TRUE(isHidden("root.b.out > root.a.in1", layout));
+}
+
+TEST(MaterialLayoutRename, TakesNothingFromWhatOnceHadTheName)
+{
+    GraphLayout before = richLayout();
+    before.insertNode("root.z", {-900.0f, -900.0f}, true, false, true, true);
+    before.insertConnection("root.z.out > root.b.in1", true, false);
+    GraphLayout const after = Session().layoutAfter(before, {"rename", "a", "z"});
+    EXPECT_LT(distance(positionOf("root.z", after), positionOf("root.a", before)), rounding);
+    EXPECT_TRUE(isHidden("root.z.out > root.b.in1", after));
+    EXPECT_FALSE(isCollapsed("root.z", after));
+    EXPECT_TRUE(after.getVisibleByNodeName("root.z").value_or(true));
+}
+
+TEST(MaterialLayoutGroup, TakesAlongEverythingOfTheNodes)
+{
+    GraphLayout const before = richLayout();
+    GraphLayout const after = Session().layoutAfter(before, {"group", "h", "a", "b", "g"});
+    EXPECT_EQ(*after.getColorByNodeName("root.h.a"), *before.getColorByNodeName("root.a"));
+    EXPECT_FALSE(*after.getHorizontalInputsByNodeName("root.h.a"));
+    EXPECT_TRUE(isCollapsed("root.h.g.first", after));
+    EXPECT_FALSE(*after.getVisibleByNodeName("root.h.g.first"));
+    EXPECT_TRUE(isHidden("root.h.a.out > root.h.b.in1", after));
+    EXPECT_TRUE(*after.getBezierByConnectionName("root.h.a.out > root.h.b.in1"));
+    EXPECT_TRUE(isHidden("root.h.g.first.out > root.h.g.second.in1", after));
+    EXPECT_THAT(noteOwners(after), ElementsAre("root", "root.h.g", "root.h.a"));
+    for (char const* gone : {"root.a", "root.b", "root.g", "root.g.first", "root.g.second"})
+        EXPECT_FALSE(after.getPositionByNodeName(gone)) << gone;
+}
+
+TEST(MaterialLayoutGroup, NodesStandAmongEachOtherAsBefore)
+{
+    GraphLayout const before = richLayout();
+    GraphLayout const after = Session().layoutAfter(before, {"group", "h", "a", "b", "g"});
+    for (std::string const name : {"b", "g"})
+        EXPECT_LT(distance(wayBetween("root.h.a", "root.h." + name, after),
+                           wayBetween("root.a", "root." + name, before)),
+                  rounding);
+    EXPECT_LT(distance(wayBetween("root.h.g.first", "root.h.g.second", after),
+                       wayBetween("root.g.first", "root.g.second", before)),
+              rounding);
+    for (char const* other : {"root.c", "root.ab"})
+        EXPECT_LT(distance(positionOf(other, after), positionOf(other, before)), rounding) << other;
+}
+
+TEST(MaterialLayoutGroup, CompoundStandsWhereTheNodesStoodBetweenItsInterfaceNodes)
+{
+    Session const session;
+    std::string const given = session.write(richLayout());
+    Words const grouping{"group", "h", "b", "g"};
+    Picture const outside(session.run({{"layout", "load", given}, grouping, {"svg"}}).out);
+    Point const compound = bodyOf(outside.node("root.h")).center();
+    EXPECT_TRUE(compound.x > 250.0f && compound.x < 700.0f && compound.y > 40.0f && compound.y < 450.0f)
+        << compound.x << ", " << compound.y;
+    expectNoOverlap(outside);
+
+    Picture const inside(session.run({{"layout", "load", given}, grouping, {"svg", "h"}}).out);
+    Rect const input = bodyOf(inside.node("root.h.input interface01"));
+    Rect const output = bodyOf(inside.node("root.h.output interface01"));
+    for (char const* node : {"root.h.b", "root.h.g"})
+    {
+        EXPECT_LT(input.right(), bodyOf(inside.node(node)).left()) << node;
+        EXPECT_GT(output.left(), bodyOf(inside.node(node)).right()) << node;
+    }
+    expectNoOverlap(inside);
+}
+
+TEST(MaterialLayoutGroup, TakesNothingFromWhatOnceHadTheNames)
+{
+    GraphLayout before = richLayout();
+    for (char const* name : {"root.h", "root.h.a", "root.h.input interface01"})
+        before.insertNode(name, {-5000.0f, -5000.0f}, true, false, true, true);
+    GraphLayout const after = Session().layoutAfter(before, {"group", "h", "b", "a"});
+    for (std::string const name : {"root.h", "root.h.a"})
+    {
+        EXPECT_LT(distance(positionOf(name, after), positionOf("root.a", before)), 1000.0f) << name;
+        EXPECT_FALSE(isCollapsed(name, after)) << name;
+        EXPECT_TRUE(after.getVisibleByNodeName(KS_String(name)).value_or(true)) << name;
+    }
+}
+
+TEST(MaterialLayoutUngroup, TakesAlongEverythingOfTheNodes)
+{
+    GraphLayout const after = Session().layoutAfter(richLayout(), {"ungroup", "g"});
+    EXPECT_TRUE(isCollapsed("root.first", after));
+    EXPECT_FALSE(*after.getVisibleByNodeName("root.first"));
+    EXPECT_TRUE(isHidden("root.first.out > root.second.in1", after));
+    EXPECT_THAT(noteOwners(after), ElementsAre("root", "root", "root.a"));
+    kestrel::Array<KS_String, kestrel::_Wa> names;
+    after.getAllNodeNames(names);
+    EXPECT_THAT(std::vector<std::string>(names.begin(), names.end()),
+                UnorderedElementsAre("root.a", "root.ab", "root.b", "root.c", "root.first", "root.second"));
+}
+
+TEST(MaterialLayoutUngroup, NodesStandNearTheCompoundAndAmongEachOtherAsBefore)
+{
+    Session const session;
+    GraphLayout const before = richLayout();
+    GraphLayout const after = session.layoutAfter(before, {"ungroup", "g"});
+    EXPECT_LT(distance(wayBetween("root.first", "root.second", after),
+                       wayBetween("root.g.first", "root.g.second", before)),
+              rounding);
+    EXPECT_LT(distance(positionOf("root.first", after), positionOf("root.g", before)), 600.0f);
+    for (char const* other : {"root.a", "root.b", "root.c", "root.ab"})
+        EXPECT_LT(distance(positionOf(other, after), positionOf(other, before)), rounding) << other;
+    expectNoOverlap(Picture(
+        session.run({{"layout", "load", session.folder().file("result.layout")}, {"ungroup", "g"}, {"svg"}})
+            .out));
+}
+
+TEST(MaterialLayoutUngroup, AfterGroupLeavesWhatWasThere)
+{
+    Session const session;
+    GraphLayout const before = richLayout();
+    GraphLayout const after = session.layoutAfter(
+        {{"layout", "load", session.write(before)}, {"group", "h", "a", "b"}, {"ungroup", "h"}});
+    EXPECT_LT(distance(wayBetween("root.a", "root.b", after), wayBetween("root.a", "root.b", before)),
+              rounding);
+    EXPECT_EQ(*after.getColorByNodeName("root.a"), *before.getColorByNodeName("root.a"));
+    EXPECT_TRUE(isHidden("root.a.out > root.b.in1", after));
+    EXPECT_THAT(noteOwners(after), ElementsAre("root", "root.g", "root.a"));
+}
+
+TEST(MaterialLayoutUngroup, NodesStandClearOfTheNotesTheyComeWith)
+{
+    Session const session;
+    std::string const document =
+        "<nodegraph name='g' doc='What is inside.'><add name='x' type='float'/><add name='y' "
+        "type='float'/></nodegraph><add name='z' type='float'/>";
+    Session const noted(materialx(document));
+    Picture const picture(
+        noted.run({{"layout", "save", noted.folder().file("l")}, {"ungroup", "g"}, {"svg"}}).out);
+    ASSERT_EQ(picture.ofClass("note").size(), 1u);
+    for (pugi::xml_node node : picture.ofClass("node"))
+        EXPECT_FALSE(drawnOutline(node).overlaps(drawnOutline(picture.ofClass("note")[0])))
+            << node.attribute("data-name").value();
+}
+
+/// @}
+
+/// @name Chains of commands
+/// @{
+
+TEST(MaterialCommandChain, ResultIsThatOfTheLastCommandOnWhatTheOthersMade)
+{
+    Session const session;
+    EXPECT_EQ(session.run({{"group", "h", "a", "b"}, {"rename", "h", "k"}, {"connections", "k.b"}}).out,
+              "root.k.a.out > root.k.b.in1 (float)\n");
+    EXPECT_THAT(session.run({{"connections", "b"}, {"rename", "a", "z"}}).out,
+                AllOf(HasSubstr("root.a"), HasSubstr("root.z"), Not(HasSubstr(" > "))));
+}
+
+TEST(MaterialCommandChain, EndsAtTheFirstCommandThatCannotBeDone)
+{
+    Session const session;
+    Outcome const outcome = session.run(
+        {{"summary"}, {"ungroup", "a"}, {"html", "nobody"}, {"layout", "save", session.folder().file("l")}});
+    EXPECT_EQ(outcome.status, Status::Defects);
+    EXPECT_EQ(outcome.err, "ungroup: error: 'a' is not a compound\n");
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(session.folder().names(), ElementsAre("test.mtlx"));
+}
+
+TEST(MaterialCommandChain, LastResultGoesToTheOutputFile)
+{
+    Session const session;
+    std::string const path = session.folder().file("picture.svg");
+    Outcome const outcome = session.run({{"layout", "hide", "a"}, {"svg", "-o", path}});
+    EXPECT_EQ(outcome.status, Status::Done);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(contentOf(path), session.run({{"layout", "hide", "a"}, {"svg"}}).out);
+}
+
+TEST(MaterialCommandChain, PictureIsOfTheRootOrOfACompoundByName)
+{
+    Session const session;
+    EXPECT_EQ(session.run({{"svg"}}).out, session.run({{"svg", "root"}}).out);
+    EXPECT_EQ(session.run({{"svg", "g"}}).out, session.run({{"svg", "root.g"}}).out);
+    EXPECT_THAT(Picture(session.run({{"svg", "g"}}).out).names("node"), Contains("root.g.first"));
+    expectRefused(session.run({{"svg", "a"}}), "svg: error: 'a' is not a compound\n");
+    expectRefused(session.run({{"svg", "nobody"}}), "svg: error: there is no node 'nobody'\n");
+}
+
+TEST(MaterialCommandChain, WrongArgumentsPrintTheUsageBeforeAnyCommandRuns)
+{
+    Session const session;
+    std::string const path = session.folder().file("saved");
+    for (Words const& wrong : {Words{"+"},
+                               {"summary", "+"},
+                               {"+", "summary"},
+                               {"layout", "save", path, "+", "+", "summary"},
+                               {"layout", "save", path, "+"},
+                               {"layout", "save", path, "+", "bogus"},
+                               {"layout"},
+                               {"layout", "bogus"},
+                               {"layout", "bogus", path},
+                               {"layout", "save"},
+                               {"layout", "save", path, path},
+                               {"layout", "load"},
+                               {"layout", "show"},
+                               {"layout", "hide"},
+                               {"layout", "collapse"},
+                               {"rename", "a"},
+                               {"rename", "a", "b", "c"},
+                               {"svg", "g", "g"}})
+    {
+        Outcome const outcome = session.run({wrong});
+        EXPECT_EQ(outcome.status, Status::NotRun) << ::testing::PrintToString(wrong);
+        EXPECT_THAT(outcome.err, HasSubstr("usage: material_graph ")) << ::testing::PrintToString(wrong);
+        EXPECT_THAT(outcome.out, IsEmpty());
+    }
+    EXPECT_THAT(session.folder().names(), ElementsAre("test.mtlx"));
+}
+
+TEST(MaterialCommandChain, RenameThatCannotBeDoneIsAMessage)
+{
+    Session const session;
+    expectRefused(session.run({{"rename", "nobody", "x"}}), "rename: error: there is no node 'nobody'\n");
+    expectRefused(session.run({{"rename", "a", "b"}}), "rename: error: the name 'b' is taken in 'root'\n");
+    expectRefused(session.run({{"rename", "a", ""}}), "rename: error: ");
+    expectRefused(session.run({{"rename", "root", "x"}}), "rename: error: 'root' is the document itself\n");
+}
+
+/// @}
+
+} // namespace
+
+} // namespace material_graph::test
