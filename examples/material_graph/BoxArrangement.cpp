@@ -17,6 +17,8 @@ namespace
 {
 
 constexpr float pointsPerInch = 72.0f;
+// It places in whole points.
+constexpr float rounding = 1.0f;
 
 struct ContextEnd
 {
@@ -47,16 +49,15 @@ std::string inInches(float length)
     return std::to_string(length / pointsPerInch);
 }
 
-// Parts that no link connects are packed beside each other, instead of into one endless column. The gap is in
-// the boxes, half of it on each side, so that it is kept in every direction.
-Graph makeGraph()
+// Parts that no link connects are packed beside each other, instead of into one endless column.
+Graph makeGraph(Size gap)
 {
     Graph graph(agopen(text("boxes"), Agdirected, nullptr));
     set(graph.get(), "rankdir", "LR");
     set(graph.get(), "splines", "false");
-    set(graph.get(), "nodesep", "0.02");
-    set(graph.get(), "ranksep", "0.02");
-    set(graph.get(), "pack", "1");
+    set(graph.get(), "nodesep", inInches(gap.height + rounding));
+    set(graph.get(), "ranksep", inInches(gap.width + rounding));
+    set(graph.get(), "pack", std::to_string(static_cast<int>(std::max(gap.width, gap.height) / 2) + 1));
     set(graph.get(), "packmode", "graph");
     return graph;
 }
@@ -96,10 +97,9 @@ void moveToOrigin(std::vector<Point>& corners)
 std::vector<Point> arrangeBoxes(std::vector<Size> const& boxes, std::vector<BoxLink> const& links, Size gap)
 {
     Context const context(gvContext());
-    Graph const graph = makeGraph();
+    Graph const graph = makeGraph(gap);
     std::vector<Agnode_t*> nodes;
-    for (Size box : boxes)
-        nodes.push_back(addBox(graph, nodes.size(), {box.width + gap.width, box.height + gap.height}));
+    for (Size box : boxes) nodes.push_back(addBox(graph, nodes.size(), box));
     for (BoxLink const& link : links) agedge(graph.get(), nodes[link.from], nodes[link.to], nullptr, 1);
 
     if (gvLayout(context.get(), graph.get(), "dot") != 0)
