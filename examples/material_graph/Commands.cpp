@@ -18,6 +18,7 @@ std::pair<Command const*, std::size_t> commandOf(std::vector<std::string> const&
 {
     if (words.empty()) return {nullptr, 0};
     bool const twoWords = words[0] == "layout" && words.size() > 1;
+    if (words[0].find(' ') != std::string::npos) return {nullptr, 0};
     std::string const name = twoWords ? words[0] + " " + words[1] : words[0];
     for (auto const* commands : {&queryCommands(), &editCommands(), &layoutCommands()})
     {

@@ -41,13 +41,14 @@ std::string obstacleToGroup(MaterialNode& node, GraphNodeBase* owner)
     return {};
 }
 
-// Why a node in that owner cannot get the name; empty when it can.
-std::string obstacleToName(KS_String const& name, GraphNodeBase& owner)
+// Why a node in that owner cannot get the name, `self` being the one that has it already, if any does; empty
+// when it can.
+std::string obstacleToName(KS_String const& name, GraphNodeBase& owner, GraphNodeBase* self)
 {
     if (name.isEmpty()) return "the name is empty";
-    if (owner.getNodeByName(name, false) != nullptr)
-        return "the name " + inQuotes(name) + " is taken in " + inQuotes(owner.getFullName());
-    return {};
+    GraphNodeBase* const holder = owner.getNodeByName(name, false);
+    if (holder == nullptr || holder == self) return {};
+    return "the name " + inQuotes(name) + " is taken in " + inQuotes(owner.getFullName());
 }
 
 Result groupNodes(Workspace& workspace, Arguments const& arguments)
@@ -65,7 +66,7 @@ Result groupNodes(Workspace& workspace, Arguments const& arguments)
     }
     KS_String const name(arguments[0]);
     GraphNodeBase& owner = *nodes.front()->getNodeOwner();
-    std::string const obstacle = obstacleToName(name, owner);
+    std::string const obstacle = obstacleToName(name, owner, nullptr);
     if (!obstacle.empty()) return fail(scene, "group", obstacle);
     GroupingChanges changes;
     MaterialNode& compound = group(scene, name, nodes, changes);
@@ -94,7 +95,7 @@ Result renameNode(Workspace& workspace, Arguments const& arguments)
     if (node == nullptr) return std::nullopt;
     if (node->isRoot()) return fail(scene, "rename", inQuotes(arguments[0]) + " is the document itself");
     KS_String const name(arguments[1]);
-    std::string const obstacle = obstacleToName(name, *node->getNodeOwner());
+    std::string const obstacle = obstacleToName(name, *node->getNodeOwner(), node);
     if (!obstacle.empty()) return fail(scene, "rename", obstacle);
     MovedNode const moved{node, node->getFullName()};
     node->setName(name);

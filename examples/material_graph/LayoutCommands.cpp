@@ -61,7 +61,8 @@ Result show(Workspace& workspace, Arguments const& arguments)
     if (!error.empty())
         return fail(workspace.scene, "layout show", "cannot read " + inQuotes(arguments[0]) + ": " + error);
     LayoutDump const dump = dumpLayout(bytes);
-    if (!dump.defect.empty()) fail(workspace.scene, "layout show", dump.defect);
+    if (!dump.defect.empty())
+        fail(workspace.scene, "layout show", inQuotes(arguments[0]) + " is damaged: " + dump.defect);
     return dump.text;
 }
 
@@ -69,6 +70,15 @@ GraphConnection* connectionNamed(MaterialScene& scene, KS_String const& name)
 {
     for (GraphConnection* connection : scene.getGraphConnections())
         if (connection->getFullName() == name) return connection;
+    return nullptr;
+}
+
+// A node that can be hidden or collapsed; null, and an error of the command, if it is none.
+MaterialNode* partNamed(MaterialScene& scene, char const* command, std::string const& name)
+{
+    MaterialNode* const node = nodeNamed(scene, command, name);
+    if (node == nullptr || !node->isRoot()) return node;
+    fail(scene, command, inQuotes(name) + " is the document itself");
     return nullptr;
 }
 
@@ -82,7 +92,7 @@ Result hide(Workspace& workspace, Arguments const& arguments)
             change.insertConnectionVisible(KS_String(name), false);
             continue;
         }
-        MaterialNode* const node = nodeNamed(workspace.scene, "layout hide", name);
+        MaterialNode* const node = partNamed(workspace.scene, "layout hide", name);
         if (node == nullptr) return std::nullopt;
         change.insertNodeVisible(node->getFullName(), false);
     }
@@ -95,7 +105,7 @@ Result collapse(Workspace& workspace, Arguments const& arguments)
     GraphLayout change;
     for (std::string const& name : arguments)
     {
-        MaterialNode* const node = nodeNamed(workspace.scene, "layout collapse", name);
+        MaterialNode* const node = partNamed(workspace.scene, "layout collapse", name);
         if (node == nullptr) return std::nullopt;
         change.insertNodeCollapsed(node->getFullName(), true);
     }

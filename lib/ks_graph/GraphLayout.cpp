@@ -534,9 +534,9 @@ bool GraphLayout::write(Stream& stream) const
            stream.flush();
 }
 
-template bool GraphLayout::read(FileStreamRaw&);
-template bool GraphLayout::read(FileStreamEndian&);
-template bool GraphLayout::write(FileStreamRaw&) const;
-template bool GraphLayout::write(FileStreamEndian&) const;
+template KS_GRAPH_API bool GraphLayout::read(FileStreamRaw&);
+template KS_GRAPH_API bool GraphLayout::read(FileStreamEndian&);
+template KS_GRAPH_API bool GraphLayout::write(FileStreamRaw&) const;
+template KS_GRAPH_API bool GraphLayout::write(FileStreamEndian&) const;
 
 } // namespace kestrel::graph

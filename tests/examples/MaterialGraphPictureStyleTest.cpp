@@ -109,6 +109,24 @@ TEST(MaterialPictureSizes, PinsFollowTheSettings)
     EXPECT_FLOAT_EQ(radius(), 2 * before);
 }
 
+TEST(MaterialPictureSizes, VerticalPinsAreNoSmallerThanTheSettingsSay)
+{
+    TwoNodes canvas;
+    canvas.settings.setNodeHorizontalInputPins(false);
+    canvas.settings.setPinVerticalSize({50.0f, 22.0f});
+    Rect const tab = boxOfShape(markOf(canvas.picture().pin("root.b.in1")));
+    EXPECT_NEAR(tab.size.width, 50.0f, rounding);
+    EXPECT_NEAR(tab.size.height, 22.0f, rounding);
+}
+
+TEST(MaterialPictureSizes, NodesHaveTheMarginOfTheSettingsBelowTheirPins)
+{
+    TwoNodes canvas;
+    float const before = bodyOf(canvas.picture().node("root.b")).size.height;
+    canvas.settings.setPinOffsetBottom(canvas.settings.getPinOffsetBottom() + 12.0f);
+    EXPECT_NEAR(bodyOf(canvas.picture().node("root.b")).size.height, before + 12.0f, rounding);
+}
+
 TEST(MaterialPictureSizes, NodesAreNoSmallerThanTheSettingsSay)
 {
     TwoNodes canvas;
@@ -312,13 +330,16 @@ TEST(MaterialPictureBadge, IsNotThereUnlessTheSettingsAskForIt)
 
 TEST(MaterialPictureBadge, IsAsLargeAsTheSettingsSayWithItsCountInside)
 {
-    BadgeCanvas canvas;
-    canvas.settings.setNodeBadgeSize({16.0f, 16.0f});
-    for (int i = 0; i < 1234; ++i) canvas.tell("a", 2);
-    pugi::xml_node const badge = canvas.badges("root.a").at(0);
-    EXPECT_THAT(linesOf(badge), ElementsAre("1234"));
-    EXPECT_FLOAT_EQ(numberOf(badge.child("circle"), "r"), 8.0f);
-    EXPECT_TRUE(isInside(inkOfText(badge.child("text")), drawnOutline(badge)));
+    for (int count : {1, 1234})
+    {
+        BadgeCanvas canvas;
+        canvas.settings.setNodeBadgeSize({16.0f, 16.0f});
+        for (int i = 0; i < count; ++i) canvas.tell("a", 2);
+        pugi::xml_node const badge = canvas.badges("root.a").at(0);
+        EXPECT_THAT(linesOf(badge), ElementsAre(std::to_string(count)));
+        EXPECT_FLOAT_EQ(numberOf(badge.child("circle"), "r"), 8.0f);
+        EXPECT_TRUE(isInside(inkOfText(badge.child("text")), drawnOutline(badge)));
+    }
 }
 
 /// @}

@@ -148,7 +148,9 @@ TEST_P(PictureOfExample, NodesDoNotOverlap)
 
 TEST_P(PictureOfExample, TextsStandFreeInTheirNodes)
 {
-    for (DrawnLevel const& level : drawAllLevels(document_.scene)) expectReadable(level.picture);
+    GraphSettings settings;
+    settings.setNodeShowBadge(true);
+    for (DrawnLevel const& level : drawAllLevels(document_.scene, settings)) expectReadable(level.picture);
 }
 
 TEST_P(PictureOfExample, IsTheSameInEveryRun)
@@ -404,14 +406,33 @@ TEST(MaterialConnectionPicture, MayEndInTheMiddleOfThePins)
     EXPECT_LT(distance(line.back(), centerOf(markOf(picture.pin("root.b.in1")))), rounding);
 }
 
+TEST(MaterialConnectionPicture, LeavesAtLeastAsFarAsTheSettingsSay)
+{
+    TwoNodes canvas;
+    canvas.settings.setConnectionBezierTangentWidth(400.0f);
+    Curve const line = lineOf(canvas.picture().connection(wire));
+    EXPECT_NEAR(line.at(1).x, line.at(0).x + 400.0f, rounding);
+    EXPECT_NEAR(line.at(2).x, line.at(3).x - 400.0f, rounding);
+    expectOnThePage(canvas.picture());
+}
+
 TEST(MaterialConnectionPicture, OfANodeWithItselfIsALoopOnThePage)
 {
     Canvas canvas("<blur name='a' type='float'><input name='in' type='float' nodename='a'/></blur>");
     Picture const& picture = canvas.picture();
-    Rect const line = boundsOf(samplesOf(lineOf(picture.connection("root.a.out > root.a.in"))));
+    Curve const line = lineOf(picture.connection("root.a.out > root.a.in"));
     Rect const body = bodyOf(picture.node("root.a"));
-    EXPECT_TRUE(line.top() < body.top() || line.bottom() > body.bottom()) << shown(line);
+    Rect const loop = boundsOf(samplesOf(line));
+    EXPECT_TRUE(loop.top() < body.top() || loop.bottom() > body.bottom()) << shown(loop);
+    EXPECT_GT(line.at(1).x, line.at(0).x);
+    EXPECT_LT(line.at(2).x, line.at(3).x);
     expectOnThePage(picture);
+}
+
+TEST(MaterialConnectionPicture, TellsItsNameAndTypeInATooltip)
+{
+    TwoNodes canvas;
+    EXPECT_EQ(tooltipOf(canvas.picture().connection(wire)), std::string(wire) + " (color3)");
 }
 
 TEST(MaterialConnectionPicture, HasNoArrowByDefault)
@@ -427,6 +448,7 @@ TEST(MaterialConnectionPicture, ArrowIsAsLargeAsTheSettingsSayAndLiesOnTheLine)
     canvas.settings.setConnectionDrawArrow(true);
     canvas.settings.setConnectionArrowWidth(12.0f);
     canvas.settings.setConnectionArrowLength(20.0f);
+    canvas.settings.setConnectionArrowOffset(30.0f);
     pugi::xml_node const connection = canvas.picture().connection(wire);
     Curve const line = lineOf(connection);
     Curve const arrow = pointsOf(childrenOf(connection, "path").at(1));
@@ -434,6 +456,7 @@ TEST(MaterialConnectionPicture, ArrowIsAsLargeAsTheSettingsSayAndLiesOnTheLine)
     Point const back = (arrow[1] + arrow[2]) * 0.5f;
     EXPECT_NEAR(distance(arrow[1], arrow[2]), 12.0f, 2 * rounding);
     EXPECT_NEAR(distance(arrow[0], back), 20.0f, 2 * rounding);
+    EXPECT_NEAR(distance(arrow[0], line.back()), 30.0f, 2.0f);
     EXPECT_LT(distance(arrow[0], line.back()), distance(back, line.back()));
     for (Point point : {arrow[0], back})
         EXPECT_LT(distanceFromLine(point, line.front(), line.back()), 2 * rounding);

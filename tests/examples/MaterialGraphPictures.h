@@ -400,7 +400,7 @@ inline void expectOnThePage(Picture const& picture)
         EXPECT_TRUE(isInside(ink, page)) << shown(ink) << " is not on " << shown(page);
 }
 
-/// Names and types stand in their nodes, and neither over each other nor over pins.
+/// Names and types stand in their nodes, and neither over each other nor over pins and badges.
 /// REQUIRES: horizontal pins, whose names stand in the node, too.
 inline void expectReadable(Picture const& picture)
 {
@@ -408,6 +408,7 @@ inline void expectReadable(Picture const& picture)
     {
         std::vector<Rect> taken;
         for (pugi::xml_node pin : Picture::ofClass(node, "pin")) taken.push_back(boxOfShape(markOf(pin)));
+        for (pugi::xml_node badge : Picture::ofClass(node, "badge")) taken.push_back(drawnOutline(badge));
         for (pugi::xpath_node const& found : node.select_nodes(".//text[not(parent::*[@class='badge'])]"))
         {
             Rect const ink = inkOfText(found.node());
