@@ -19,6 +19,11 @@ if(KS_GRAPH_WARNINGS_AS_ERRORS)
     endif()
 endif()
 
+# No compiler runtime has to lie beside a library or a program.
+if(MINGW)
+    target_link_options(ks_graph_compiler_settings INTERFACE -static)
+endif()
+
 if(KS_GRAPH_SANITIZE)
     target_compile_options(ks_graph_compiler_settings INTERFACE
         -fsanitize=${KS_GRAPH_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

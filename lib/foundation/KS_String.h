@@ -15,6 +15,14 @@
 namespace kestrel
 {
 
+/// The constant of `KS_String`, in a class that is not exported: as a member of one that is, a Windows
+/// program that takes its address would look for it in the library, where no compiler puts it.
+struct KS_StringConstants
+{
+    /// What a search returns when nothing was found.
+    static constexpr unsigned int npos = 0xFFFFFFFFu;
+};
+
 /// The text of the whole library: an owning array of bytes that ends with a NUL.
 ///
 /// Text is plain bytes; there is no encoding and no locale. `size()` counts the NUL, `length()` does not.
@@ -30,12 +38,9 @@ namespace kestrel
 /// A null `const char*` reads as the empty text. Arguments may point into the text itself. A moved-from text
 /// reads as the empty text and may be used again. When an allocation fails, the text is as it was before, or
 /// empty if it was being read.
-class KS_FOUNDATION_API KS_String
+class KS_FOUNDATION_API KS_String : public KS_StringConstants
 {
 public:
-    /// What a search returns when nothing was found.
-    static constexpr unsigned int npos = 0xFFFFFFFFu;
-
     /// The empty text: one byte, the NUL.
     KS_String();
     KS_String(char const* text);

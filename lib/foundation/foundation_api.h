@@ -21,6 +21,14 @@
 #define KS_FOUNDATION_API KS_IMPORTED
 #endif
 
+/// Marks the declaration of a template's instance that the library holds. Visual C++ has the export at the
+/// instance's definition alone.
+#if defined(_MSC_VER) && defined(KS_GRAPH_BUILD)
+#define KS_FOUNDATION_INSTANCE_API
+#else
+#define KS_FOUNDATION_INSTANCE_API KS_FOUNDATION_API
+#endif
+
 /// Lets the compiler check printf-style arguments; both indexes count from 1, `this` included.
 #if defined(__MINGW32__) && !defined(__clang__)
 #define KS_PRINTF_LIKE(formatIndex, firstArgument)                                                           \

@@ -292,9 +292,9 @@ private:
     Array<NoteDesc, _Wa> notes_;
 };
 
-extern template KS_GRAPH_API bool GraphLayout::read(FileStreamRaw&);
-extern template KS_GRAPH_API bool GraphLayout::read(FileStreamEndian&);
-extern template KS_GRAPH_API bool GraphLayout::write(FileStreamRaw&) const;
-extern template KS_GRAPH_API bool GraphLayout::write(FileStreamEndian&) const;
+extern template KS_GRAPH_INSTANCE_API bool GraphLayout::read(FileStreamRaw&);
+extern template KS_GRAPH_INSTANCE_API bool GraphLayout::read(FileStreamEndian&);
+extern template KS_GRAPH_INSTANCE_API bool GraphLayout::write(FileStreamRaw&) const;
+extern template KS_GRAPH_INSTANCE_API bool GraphLayout::write(FileStreamEndian&) const;
 
 } // namespace kestrel::graph

@@ -1,8 +1,9 @@
-# Runs `program` on the folder `written` and fails unless it leaves there exactly the files of the folder `golden`.
+# Runs `program`, under the `emulator` if there is one, on the folder `written` and fails unless it leaves there exactly
+# the files of the folder `golden`.
 
 file(REMOVE_RECURSE ${written})
 file(MAKE_DIRECTORY ${written})
-execute_process(COMMAND ${program} ${written} RESULT_VARIABLE status)
+execute_process(COMMAND ${emulator} ${program} ${written} RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
     message(FATAL_ERROR "${program} ended with ${status}")
 endif()

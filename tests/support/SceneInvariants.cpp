@@ -1,6 +1,7 @@
 #include "SceneInvariants.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 #include <set>
 #include <utility>
@@ -50,7 +51,7 @@ std::string describe(GraphNodePin* pin)
     return "pin " + quoted(pin->getFullName());
 }
 
-long occurrences(ArrayOfPtr<GraphConnection, KS_NO> const& list, GraphConnection const* connection)
+std::ptrdiff_t occurrences(ArrayOfPtr<GraphConnection, KS_NO> const& list, GraphConnection const* connection)
 {
     return std::count(list.begin(), list.end(), connection);
 }
