@@ -108,7 +108,8 @@ class Folder
 public:
     Folder()
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "material_graph_XXXXXX").string();
+        std::string const name = "material_graph_" + std::string(6, 'X'); // the part that mkdtemp chooses
+        std::string pattern = (std::filesystem::temp_directory_path() / name).string();
         if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
         path_ = pattern;
     }

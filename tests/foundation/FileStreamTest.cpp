@@ -2,6 +2,8 @@
 #include <foundation/KS_String.h>
 #include <foundation/ks_fileio.h>
 
+#include "support/TemporaryFile.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -27,6 +29,7 @@ namespace
 using namespace std::string_view_literals;
 
 using Color = Color4<float>;
+using graph::test::TemporaryFile;
 using Pair = Tuple2<float, float>;
 
 static_assert(std::has_virtual_destructor_v<FileStreamRaw>);
@@ -37,49 +40,6 @@ static_assert(!std::is_convertible_v<std::FILE*, FileStreamRaw>);
 static_assert(!std::is_convertible_v<std::FILE*, FileStreamEndian>);
 
 constexpr unsigned int megabyte = 1u << 20;
-
-/// A binary file for reading and writing that goes away again.
-class TemporaryFile
-{
-public:
-    TemporaryFile()
-        : path_(::testing::TempDir() + "ks_stream_" + std::to_string(std::random_device{}())),
-          file_(std::fopen(path_.c_str(), "w+b"))
-    {
-        EXPECT_NE(file_, nullptr) << path_;
-    }
-
-    explicit TemporaryFile(std::string_view content) : TemporaryFile()
-    {
-        EXPECT_EQ(std::fwrite(content.data(), 1, content.size(), file_), content.size());
-        std::rewind(file_);
-    }
-
-    ~TemporaryFile()
-    {
-        std::fclose(file_);
-        std::remove(path_.c_str());
-    }
-
-    TemporaryFile(TemporaryFile const&) = delete;
-    TemporaryFile& operator=(TemporaryFile const&) = delete;
-
-    std::FILE* get() const { return file_; }
-    std::string const& path() const { return path_; }
-
-    std::string content() const
-    {
-        std::string bytes;
-        std::rewind(file_);
-        for (int byte = std::fgetc(file_); byte != EOF; byte = std::fgetc(file_))
-            bytes += static_cast<char>(byte);
-        return bytes;
-    }
-
-private:
-    std::string path_;
-    std::FILE* file_;
-};
 
 /// A file that takes no byte: it is opened for reading only and has no buffer.
 class ReadOnlyFile

@@ -478,6 +478,7 @@ TYPED_TEST(GraphLayoutFile, CannotBeReadFromAFileThatIsOpenForWriting)
     EXPECT_EQ(plainOf(layout), PlainLayout());
 }
 
+#if defined(__linux__) // the only system with a disk that is always full
 TYPED_TEST(GraphLayoutFile, CannotBeWrittenToAFullDiskEvenIfABufferTakesIt)
 {
     PlainLayout large;
@@ -486,12 +487,13 @@ TYPED_TEST(GraphLayoutFile, CannotBeWrittenToAFullDiskEvenIfABufferTakesIt)
         for (PlainLayout const& layout : {PlainLayout(), everythingLayout(), large})
         {
             OpenFile const file(std::fopen("/dev/full", "wb"));
-            if (file == nullptr) GTEST_SKIP() << "there is no /dev/full";
+            ASSERT_NE(file, nullptr);
             ASSERT_EQ(std::setvbuf(file.get(), nullptr, mode, 4096), 0);
             TypeParam stream(file.get());
             EXPECT_FALSE(layoutOf(layout).write(stream));
         }
 }
+#endif
 
 // ---- Streams of the host
 
@@ -524,6 +526,30 @@ public:
     std::size_t position = 0;
     std::size_t room = std::string::npos;
 };
+
+/// Takes every byte, and cannot hand them on.
+template <class Stream>
+class StuckStream : public Stream
+{
+public:
+    using Stream::Stream;
+
+    bool flush() override
+    {
+        ++flushes;
+        return false;
+    }
+
+    int flushes = 0;
+};
+
+TYPED_TEST(GraphLayoutFile, IsNotWrittenIfTheStreamCannotHandOnWhatItTook)
+{
+    OpenFile const file(std::tmpfile());
+    StuckStream<TypeParam> stream(file.get());
+    EXPECT_FALSE(GraphLayout().write<TypeParam>(stream));
+    EXPECT_EQ(stream.flushes, 1);
+}
 
 TEST(GraphLayoutHostStream, OfTheRawKindCarriesEveryByteThroughItsVirtualOperations)
 {
@@ -655,12 +681,6 @@ TYPED_TEST(GraphLayoutFile, BringsItsNotesInThroughAddNoteAndItsValuesNotThrough
 class GoldenLayout : public testing::TestWithParam<GoldenFile>
 {
 protected:
-    void SetUp() override
-    {
-        if (!isEndian() && std::endian::native != std::endian::little)
-            GTEST_SKIP() << "a raw file of a machine with the other byte order";
-    }
-
     static bool isEndian() { return GetParam().order == std::endian::big; }
 
     static std::string bytes()
@@ -704,7 +724,16 @@ std::string testNameOf(testing::TestParamInfo<GoldenFile> const& info)
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(, GoldenLayout, testing::ValuesIn(goldenFiles()), testNameOf);
+/// Those that this machine reads: a raw file is for machines of its byte order.
+std::vector<GoldenFile> readableGoldenFiles()
+{
+    std::vector<GoldenFile> files = goldenFiles();
+    std::erase_if(files, [](GoldenFile const& file)
+                  { return file.order != std::endian::big && file.order != std::endian::native; });
+    return files;
+}
+
+INSTANTIATE_TEST_SUITE_P(, GoldenLayout, testing::ValuesIn(readableGoldenFiles()), testNameOf);
 
 // ---- The page about the format
 

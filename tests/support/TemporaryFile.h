@@ -19,7 +19,7 @@ class TemporaryFile
 {
 public:
     explicit TemporaryFile(std::string_view content = "")
-        : path_(::testing::TempDir() + "ks_layout_" + std::to_string(std::random_device{}())),
+        : path_(::testing::TempDir() + "ks_graph_" + std::to_string(std::random_device{}())),
           file_(std::fopen(path_.c_str(), "w+b"))
     {
         if (file_ == nullptr) throw std::runtime_error(path_ + " cannot be written");
@@ -38,6 +38,16 @@ public:
 
     std::FILE* get() const { return file_; }
     std::string const& path() const { return path_; }
+
+    /// All bytes of the file, those that wait in its buffer included. It is read to its end.
+    std::string content() const
+    {
+        std::string bytes;
+        std::rewind(file_);
+        for (int byte = std::fgetc(file_); byte != EOF; byte = std::fgetc(file_))
+            bytes += static_cast<char>(byte);
+        return bytes;
+    }
 
 private:
     std::string path_;
