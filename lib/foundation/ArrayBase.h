@@ -39,6 +39,7 @@ public:
     /// Exact fit: the copy's capacity is the other's size.
     ArrayBase(ArrayBase const& other) { assign(other); }
 
+    /// Takes the block and leaves an empty list.
     ArrayBase(ArrayBase&& other) noexcept
         : data_(std::exchange(other.data_, nullptr)),
           size_(std::exchange(other.size_, 0u)),
@@ -55,20 +56,25 @@ public:
         return *this;
     }
 
+    /// Takes the block; the own one is given back, and the other list is left empty.
     ArrayBase& operator=(ArrayBase&& other) noexcept
     {
         ArrayBase(std::move(other)).swap(*this);
         return *this;
     }
 
+    /// Number of elements in use.
     unsigned int size() const noexcept { return size_; }
+    /// Number of slots in the block.
     unsigned int capacity() const noexcept { return capacity_; }
+    /// Whether there is no element in use, whatever the capacity.
     bool isEmpty() const noexcept { return size_ == 0; }
 
     /// The block; null while the capacity is 0.
     Element* data() noexcept { return data_; }
     Element const* data() const noexcept { return data_; }
 
+    /// All of them point into the block: valid until an append, `reserve`, `clear` or assignment changes it.
     Element* begin() noexcept { return data_; }
     Element* end() noexcept { return data_ + size_; }
     Element const* begin() const noexcept { return data_; }
@@ -122,6 +128,7 @@ public:
         return npos;
     }
 
+    /// Whether any element is equal to `value`. Linear.
     bool contains(Probe value) const { return find(value) != npos; }
 
     /// Removes the first equal element and fills its slot with the last one. Does not keep the order; does
@@ -186,6 +193,7 @@ public:
         size_ = kept;
     }
 
+    /// Exchanges the blocks. Constant.
     void swap(ArrayBase& other) noexcept
     {
         std::swap(data_, other.data_);

@@ -8,12 +8,15 @@ namespace kestrel
 template <class T>
 struct Color4
 {
+    /// All four are kept as given.
     T red;
     T green;
     T blue;
     T alpha;
 
+    /// Opaque black.
     constexpr Color4() : Color4(T(0), T(0), T(0), T(1)) {}
+    /// Red, green, blue, alpha.
     constexpr Color4(T r, T g, T b, T a) : red(r), green(g), blue(b), alpha(a) {}
 
     friend constexpr bool operator==(Color4 const& a, Color4 const& b)

@@ -21,6 +21,7 @@ namespace kestrel
 class KS_FOUNDATION_API FileStream
 {
 public:
+    /// `file` may be null; it is not owned.
     explicit FileStream(std::FILE* file) : file_(file) {}
     FileStream(FileStream const&) = delete;
     FileStream& operator=(FileStream const&) = delete;
@@ -36,6 +37,7 @@ public:
     /// may show only now. True without a file. An override does the same for what its `write` holds back.
     virtual bool flush();
 
+    /// The host's file; null if there is none.
     std::FILE* getFile() const { return file_; }
 
 private:
@@ -48,14 +50,18 @@ private:
 class KS_FOUNDATION_API FileStreamRaw : public FileStream
 {
 public:
+    /// `file` may be null; it is not owned.
     explicit FileStreamRaw(std::FILE* file) : FileStream(file) {}
     ~FileStreamRaw() override;
 
+    /// @name One value
+    /// @{
     bool readValue(int& value);
     bool readValue(unsigned int& value);
     bool readValue(float& value);
     /// Any non-zero byte reads as true.
     bool readValue(bool& value);
+
     bool readValue(Tuple2<float, float>& value);
     bool readValue(Color4<float>& value);
 
@@ -65,6 +71,7 @@ public:
     bool writeValue(bool value);
     bool writeValue(Tuple2<float, float> const& value);
     bool writeValue(Color4<float> const& value);
+    /// @}
 };
 
 /// Numbers through the `ks_fileio` operations, one call for each; only blocks of bytes go through the virtual
@@ -72,14 +79,18 @@ public:
 class KS_FOUNDATION_API FileStreamEndian : public FileStream
 {
 public:
+    /// `file` may be null; it is not owned.
     explicit FileStreamEndian(std::FILE* file) : FileStream(file) {}
     ~FileStreamEndian() override;
 
+    /// @name One value
+    /// @{
     bool readValue(int& value);
     bool readValue(unsigned int& value);
     bool readValue(float& value);
     /// Any non-zero byte reads as true.
     bool readValue(bool& value);
+
     bool readValue(Tuple2<float, float>& value);
     bool readValue(Color4<float>& value);
 
@@ -89,6 +100,7 @@ public:
     bool writeValue(bool value);
     bool writeValue(Tuple2<float, float> const& value);
     bool writeValue(Color4<float> const& value);
+    /// @}
 };
 
 } // namespace kestrel

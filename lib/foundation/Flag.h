@@ -9,19 +9,24 @@ template <class Owner, class T>
 class Flag
 {
 public:
+    /// Of no bit.
     constexpr Flag() = default;
+    /// Of all bits that are set in `bits`.
     constexpr explicit Flag(T bits) : bits_(bits) {}
 
+    /// The bits.
     constexpr T value() const { return bits_; }
 
     /// Whether the two share at least one bit: a set of both bits has any of either, an empty set of none.
     constexpr bool hasAny(Flag other) const { return (bits_ & other.bits_) != 0; }
 
+    /// Sets the other's bits, too.
     constexpr Flag& operator|=(Flag other)
     {
         bits_ |= other.bits_;
         return *this;
     }
+    /// Keeps only the other's bits.
     constexpr Flag& operator&=(Flag other)
     {
         bits_ &= other.bits_;

@@ -23,6 +23,7 @@ public:
     virtual KS_String const& getClassName() const;
     /// The empty text: the class has no parent.
     virtual KS_String const& getParentClassName() const;
+    /// A sentence about the class.
     virtual KS_String const& getClassDescription() const;
     /// A new `KS_Class` that the caller owns.
     virtual KS_Class* createInstance() const;

@@ -280,7 +280,7 @@ void KS_String::becomeEmpty()
 bool KS_String::endWithNul()
 {
     if (data_[size_ - 1] == '\0') return true;
-    if (size_ == 0xFFFFFFFFu) return false;
+    if (size_ == 0xFFFFFFFFu) return false; // coverage: a text of 4 GiB
     if (size_ == capacity_)
     {
         char* const block = new char[capacity_ + 1u];

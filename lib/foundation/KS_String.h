@@ -43,10 +43,13 @@ class KS_FOUNDATION_API KS_String : public KS_StringConstants
 public:
     /// The empty text: one byte, the NUL.
     KS_String();
+    /// Takes the bytes up to the NUL; null is the empty text.
     KS_String(char const* text);
     /// Takes every byte of the view, NULs included.
     KS_String(std::string_view text);
+    /// Exact fit: the copy's capacity is the other's size.
     KS_String(KS_String const& other);
+    /// Takes the buffer; the other text reads as empty.
     KS_String(KS_String&& other) noexcept
         : data_(std::exchange(other.data_, nullptr)),
           size_(std::exchange(other.size_, 0u)),
@@ -73,7 +76,9 @@ public:
 
     /// Number of bytes with the final NUL; 0 only in a moved-from text.
     unsigned int size() const { return size_; }
+    /// Number of bytes that the buffer holds.
     unsigned int capacity() const { return capacity_; }
+    /// Whether `length()` is 0.
     bool isEmpty() const { return length() == 0; }
 
     /// REQUIRES: `index < size()`. Asserted in debug builds only.
@@ -131,6 +136,7 @@ public:
     /// The parts one behind the other, in one allocation of exactly the needed size.
     static KS_String concatenated(std::initializer_list<std::string_view> parts);
 
+    /// This text followed by the other one, exact fit.
     KS_String operator+(KS_String const& other) const;
     KS_String operator+(char const* other) const;
 
@@ -160,6 +166,7 @@ public:
     /// gives the buffer back and leaves the moved-from state. Without `keep` the text is empty afterwards.
     void reserve(unsigned int newCapacity, bool keep = true);
 
+    /// Exchanges the buffers. Constant.
     void swap(KS_String& other) noexcept
     {
         std::swap(data_, other.data_);

@@ -12,11 +12,13 @@ template <class T>
 class Optional
 {
 public:
+    /// A view of none.
     constexpr Optional() = default;
 
     /// A view of `*value`; of none when `value` is null.
     constexpr explicit Optional(T const* value) : value_(value), present_(value != nullptr) {}
 
+    /// Both say whether there is a value to read.
     constexpr bool has_value() const { return present_; }
     constexpr explicit operator bool() const { return present_; }
 
@@ -26,6 +28,7 @@ public:
         assert(present_);
         return *value_;
     }
+    /// REQUIRES: `has_value()`. Asserted in debug builds only.
     constexpr T const* operator->() const
     {
         assert(present_);

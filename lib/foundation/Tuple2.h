@@ -8,10 +8,13 @@ namespace kestrel
 template <class A, class B>
 struct Tuple2
 {
+    /// Both are kept as given: x and y of a position, width and height of a size.
     A first;
     B second;
 
+    /// Zeros.
     constexpr Tuple2() : first(), second() {}
+    /// The first, then the second.
     constexpr Tuple2(A a, B b) : first(a), second(b) {}
 
     friend constexpr bool operator==(Tuple2 const& a, Tuple2 const& b)

@@ -7,7 +7,9 @@
 #define KS_EXPORTED __declspec(dllexport)
 #define KS_IMPORTED __declspec(dllimport)
 #else
+/// For a symbol that the library gives.
 #define KS_EXPORTED __attribute__((visibility("default")))
+/// For a symbol that a host takes from the library.
 #define KS_IMPORTED __attribute__((visibility("default")))
 #endif
 

@@ -28,9 +28,11 @@ public:
     /// Whether `other` is this meta class or one of its parents.
     virtual bool isKindOf(KS_MetaClassBase const& other) const;
 
+    /// The name of the class.
     KS_String const& getName() const { return name_; }
     /// Empty for a class without parent.
     KS_String const& getParentName() const { return parentName_; }
+    /// A sentence about the class.
     KS_String const& getDescription() const { return description_; }
 
     /// Writes name, parent and description to standard output, on one line.
@@ -52,17 +54,20 @@ public:
     KS_Class* createInstance() const override { return new Class; }
 };
 
+/// The one meta class of the library. Built when the library is loaded.
 extern KS_FOUNDATION_API KS_MetaClass<KS_Class> const metaClass_KS_Class;
 
 /// A log record of the foundation library that has outlived its log. Nothing reads it.
 struct KS_ErrorRecord
 {
+    /// All four stand for themselves.
     int level;
     int count;
     int age;
     char const* text;
 };
 
+/// The only record. Nothing reads it.
 inline constexpr KS_ErrorRecord errorTooOld{1, 1, 0, "Error not in list because too old"};
 
 } // namespace kestrel

@@ -1,6 +1,8 @@
 #include <ks_graph/GraphConnection.h>
 
+#include "ChildList.h"
 #include "Names.h"
+#include "ScopeExit.h"
 
 #include <ks_graph/GraphNodeBase.h>
 #include <ks_graph/GraphNodePin.h>
@@ -124,7 +126,7 @@ bool GraphConnection::recursiveSearch(GraphNodeBase const& node, GraphNodeBase c
 {
     if (!node.isCompound()) return false;
     // A plain loop: this recurses once for each level of a tree that may be thousands of levels deep.
-    for (GraphNodeBase const* const child : node.getNodes())
+    for (GraphNodeBase const* const child : ChildList(node).get())
         if (childIsSource ? areNodesConnected(*child, other, true, false)
                           : areNodesConnected(other, *child, true, false))
             return true;
@@ -205,7 +207,9 @@ void GraphConnection::removeFromTargetPin()
 void GraphConnection::addToConnectedPins()
 {
     addToSourcePin();
+    ScopeExit leave([this] { removeFromSourcePin(); });
     addToTargetPin();
+    leave.dismiss();
 }
 
 void GraphConnection::addToSourcePin()

@@ -449,6 +449,7 @@ bool readMap(Stream& stream, Map& map)
 template <class Stream, class Map>
 bool writeMap(Stream& stream, Map const& map)
 {
+    // coverage: two thousand million names
     if (map.size() > INT_MAX || !writeItem(stream, static_cast<int>(map.size()))) return false;
     return std::all_of(map.begin(), map.end(),
                        [&stream](auto const& record)

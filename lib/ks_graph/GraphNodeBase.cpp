@@ -1,7 +1,15 @@
 #include <ks_graph/GraphNodeBase.h>
 
+#include "ChildList.h"
+#include "ChildNames.h"
+#include "FlatTable.h"
+#include "FullNameText.h"
+#include "Hashing.h"
 #include "Names.h"
+#include "NodeNames.h"
+#include "PlainTypes.h"
 #include "PointerSet.h"
+#include "SceneRegistry.h"
 #include "ScopeExit.h"
 
 #include <ks_graph/GraphScene.h>
@@ -10,17 +18,31 @@
 #include <iterator>
 #include <new>
 #include <string>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
 namespace kestrel::graph
 {
 
+class PinSet : public PointerSet<GraphNodePin>
+{
+public:
+    using PointerSet::PointerSet;
+};
+
+struct NodeTexts
+{
+    KS_String type;
+    KS_String description;
+    KS_String category;
+};
+
 GraphNodeBase GRAPH_NODE_NOT_VALID;
 
 namespace
 {
+
+KS_String const noText;
 
 // Walks by index, up to the count at the start: `out` may be the very list that is walked.
 template <class T, class IsWanted>
@@ -149,7 +171,7 @@ bool anyMessage(GraphNodeBase const& node, Predicate predicate)
 struct GraphNodeBase::ChildRenames
 {
     GraphScene* scene;
-    std::vector<std::pair<KS_String, KS_String>> pins;
+    PinRenames pins;
 };
 
 // Where a node stands among its owner's children, so that a move that fails can be taken back.
@@ -159,7 +181,8 @@ public:
     explicit PlaceInTree(GraphNodeBase& node)
         : node_(node),
           owner_(node.getNodeOwner()),
-          index_(owner_ != nullptr ? owner_->nodes_.find(&node) : node.nodes_.npos)
+          isListed_(owner_ != nullptr && ChildList(*owner_).contains(node)),
+          next_(isListed_ ? ChildList(*owner_).nextBehind(node) : nullptr)
     {}
 
     // Allocates nothing: the old owner's list still has the slot that the node has left.
@@ -167,25 +190,114 @@ public:
     {
         newOwner.removeNodeFromNodesList(&node_);
         node_.setNodeOwnerBase(owner_);
-        if (owner_ == nullptr || owner_->nodes_.contains(&node_) || index_ == owner_->nodes_.npos) return;
-        ArrayOfPtr<GraphNodeBase, KS_NO>& siblings = owner_->nodes_;
-        siblings.append(&node_);
-        std::rotate(siblings.begin() + index_, siblings.end() - 1, siblings.end());
+        if (isListed_ && !ChildList(*owner_).contains(node_)) ChildList(*owner_).insertBefore(next_, &node_);
     }
 
 private:
     GraphNodeBase& node_;
     GraphNodeBase* owner_;
-    unsigned int index_;
+    bool isListed_;
+    GraphNodeBase* next_;
 };
 
-GraphNodeBase::GraphNodeBase() = default;
+// A change of what the full names of a node and of all below it are made of. Indexes of names follow.
+class GraphNodeBase::Renaming
+{
+public:
+    explicit Renaming(GraphNodeBase& node) : node_(node)
+    {
+        forAllFrom(&node_,
+                   [](GraphNodeBase& below)
+                   {
+                       if (below.placeInNames_.names != nullptr) below.placeInNames_.names->takeOut(below);
+                   });
+    }
+    ~Renaming()
+    {
+        forAllFrom(&node_,
+                   [](GraphNodeBase& below)
+                   {
+                       below.computeFullNameHash();
+                       if (below.placeInNames_.names != nullptr) below.placeInNames_.names->putBack(below);
+                   });
+    }
+    Renaming(Renaming const&) = delete;
+    Renaming& operator=(Renaming const&) = delete;
 
-GraphNodeBase::GraphNodeBase(unsigned int const& id) : id_(id) {}
+private:
+    // Owners before what they own, along the links: no stack grows with the depth.
+    template <class Visit>
+    static void forAllFrom(GraphNodeBase* top, Visit visit)
+    {
+        for (GraphNodeBase* node = top;;)
+        {
+            visit(*node);
+            if (node->ownerLinks_.first != nullptr)
+            {
+                node = node->ownerLinks_.first;
+                continue;
+            }
+            while (node != top && node->ownerLinks_.next == nullptr) node = node->nodeOwner_;
+            if (node == top) return;
+            node = node->ownerLinks_.next;
+        }
+    }
 
-GraphNodeBase::GraphNodeBase(GraphNodeBase const& other) = default;
-GraphNodeBase& GraphNodeBase::operator=(GraphNodeBase const& other) = default;
-GraphNodeBase::~GraphNodeBase() = default;
+    GraphNodeBase& node_;
+};
+
+GraphNodeBase::GraphNodeBase()
+{
+    computeFullNameHash();
+}
+
+GraphNodeBase::GraphNodeBase(unsigned int const& id) : id_(id)
+{
+    computeFullNameHash();
+}
+
+GraphNodeBase::GraphNodeBase(GraphNodeBase const& other)
+    : KS_Class(other),
+      id_(other.id_),
+      compound_(other.compound_),
+      interface_(other.interface_),
+      graphScene_(other.graphScene_),
+      name_(other.name_),
+      texts_(other.texts_ != nullptr ? std::make_unique<NodeTexts>(*other.texts_) : nullptr)
+{
+    nodePins_.list = other.nodePins_.list;
+    ChildList(*this).set(other.listOfChildren());
+    takeOwnerOf(other);
+}
+
+GraphNodeBase& GraphNodeBase::operator=(GraphNodeBase const& other)
+{
+    if (this == &other) return *this;
+    GraphNodeBase copy(other);
+    KS_Class::operator=(other);
+    setNodePins(copy.nodePins_.list);
+    setNodes(copy.nodes_.list);
+    id_ = copy.id_;
+    compound_ = copy.compound_;
+    interface_ = copy.interface_;
+    graphScene_ = copy.graphScene_;
+    std::swap(texts_, copy.texts_);
+    takeOwnerOf(other);
+    swapName(copy.name_);
+    return *this;
+}
+
+GraphNodeBase::~GraphNodeBase()
+{
+    if (placeInNames_.names != nullptr) placeInNames_.names->forget(*this);
+    leaveOwner();
+    while (GraphNodeBase* const below = ownerLinks_.first)
+    {
+        // The owner field of a node whose owner is gone stays as it is, and is nobody's to follow.
+        below->unlinkFromOwner();
+        below->placeInList_ = {};
+    }
+}
 
 bool GraphNodeBase::operator==(GraphNodeBase const& other) const
 {
@@ -199,7 +311,7 @@ bool GraphNodeBase::isValid() const
 
 bool GraphNodeBase::isCompound() const
 {
-    return compound_ || !nodes_.isEmpty();
+    return compound_ || nodes_.list.size() != nodes_.gaps;
 }
 
 bool GraphNodeBase::isEvaluator() const
@@ -234,12 +346,12 @@ void GraphNodeBase::setCompound(bool const& compound)
 
 bool GraphNodeBase::isInputInterface() const
 {
-    return isInterface() && !nodePins_.isEmpty() && nodePins_[0]->isOutputPin();
+    return isInterface() && !nodePins_.list.isEmpty() && nodePins_.list[0]->isOutputPin();
 }
 
 bool GraphNodeBase::isOutputInterface() const
 {
-    return isInterface() && !nodePins_.isEmpty() && nodePins_[0]->isInputPin();
+    return isInterface() && !nodePins_.list.isEmpty() && nodePins_.list[0]->isInputPin();
 }
 
 bool GraphNodeBase::isInterface() const
@@ -264,12 +376,12 @@ bool GraphNodeBase::isEditable() const
 
 bool GraphNodeBase::hasPin(GraphNodePin const* pin) const
 {
-    return pin != nullptr && nodePins_.contains(pin);
+    return pin != nullptr && isInPinList(*pin);
 }
 
 bool GraphNodeBase::getPins(PinDirection const& direction, ArrayOfPtr<GraphNodePin, KS_NO>& out) const
 {
-    return appendWanted(nodePins_, out,
+    return appendWanted(nodePins_.list, out,
                         [direction](GraphNodePin const* pin)
                         { return pin->getDirection().hasAny(direction); });
 }
@@ -286,79 +398,71 @@ bool GraphNodeBase::getOutputPins(ArrayOfPtr<GraphNodePin, KS_NO>& out) const
 
 bool GraphNodeBase::hasInputPins() const
 {
-    return hasPinOfDirection(nodePins_, PIN_INPUT);
+    return hasPinOfDirection(nodePins_.list, PIN_INPUT);
 }
 
 bool GraphNodeBase::hasOutputPins() const
 {
-    return hasPinOfDirection(nodePins_, PIN_OUTPUT);
+    return hasPinOfDirection(nodePins_.list, PIN_OUTPUT);
 }
 
 GraphNodePin* GraphNodeBase::getPinByName(KS_String const& name) const
 {
-    auto const pin = std::find_if(nodePins_.begin(), nodePins_.end(),
+    auto const pin = std::find_if(nodePins_.list.begin(), nodePins_.list.end(),
                                   [&name](GraphNodePin* candidate) { return candidate->getName() == name; });
-    return pin != nodePins_.end() ? *pin : nullptr;
+    return pin != nodePins_.list.end() ? *pin : nullptr;
 }
 
 bool GraphNodeBase::allowsConnectionFrom(GraphNodePin const* pin) const
 {
-    return pin != nullptr && pin->isOutputPin() && anyAllowsFrom(nodePins_, pin);
+    return pin != nullptr && pin->isOutputPin() && anyAllowsFrom(nodePins_.list, pin);
 }
 
 bool GraphNodeBase::allowsConnectionFrom(GraphNodePin const* pin, ArrayOfPtr<GraphNodePin, KS_NO>& out) const
 {
-    return pin != nullptr && pairWithPin(nodePins_, pin, otherAllowsTo, out);
+    return pin != nullptr && pairWithPin(nodePins_.list, pin, otherAllowsTo, out);
 }
 
 bool GraphNodeBase::allowsConnectionFrom(GraphNodeBase const* node) const
 {
-    return node != nullptr && pairPins(nodePins_, node->getNodePins(), otherAllowsTo, nullptr);
+    return node != nullptr && pairPins(nodePins_.list, node->getNodePins(), otherAllowsTo, nullptr);
 }
 
 bool GraphNodeBase::allowsConnectionFrom(GraphNodeBase const* node,
                                          ArrayOfPtr<GraphNodePin, KS_NO>& out) const
 {
-    return node != nullptr && pairPins(nodePins_, node->getNodePins(), otherAllowsTo, &out);
+    return node != nullptr && pairPins(nodePins_.list, node->getNodePins(), otherAllowsTo, &out);
 }
 
 bool GraphNodeBase::allowsConnectionTo(GraphNodePin const* pin) const
 {
     // The own pins are asked for connections from `pin` here, too: hosts rely on this asymmetry.
-    return pin != nullptr && pin->isInputPin() && anyAllowsFrom(nodePins_, pin);
+    return pin != nullptr && pin->isInputPin() && anyAllowsFrom(nodePins_.list, pin);
 }
 
 bool GraphNodeBase::allowsConnectionTo(GraphNodePin const* pin, ArrayOfPtr<GraphNodePin, KS_NO>& out) const
 {
-    return pin != nullptr && pairWithPin(nodePins_, pin, otherAllowsFrom, out);
+    return pin != nullptr && pairWithPin(nodePins_.list, pin, otherAllowsFrom, out);
 }
 
 bool GraphNodeBase::allowsConnectionTo(GraphNodeBase const* node) const
 {
-    return node != nullptr && pairPins(nodePins_, node->getNodePins(), otherAllowsFrom, nullptr);
+    return node != nullptr && pairPins(nodePins_.list, node->getNodePins(), otherAllowsFrom, nullptr);
 }
 
 bool GraphNodeBase::allowsConnectionTo(GraphNodeBase const* node, ArrayOfPtr<GraphNodePin, KS_NO>& out) const
 {
-    return node != nullptr && pairPins(nodePins_, node->getNodePins(), otherAllowsFrom, &out);
+    return node != nullptr && pairPins(nodePins_.list, node->getNodePins(), otherAllowsFrom, &out);
 }
 
 KS_String GraphNodeBase::getFullName()
 {
+    if (isPlain(*this)) return KS_String(FullNameText(*this).view());
     GraphNodeBase* const owner = isRoot() ? nullptr : getNodeOwner();
     if (owner == nullptr) return getName();
     KS_String fullName = owner->getFullName();
-    if (isOfThisClass())
-        appendDotted(fullName, name_);
-    else
-        appendDotted(fullName, getName());
+    appendDotted(fullName, getName());
     return fullName;
-}
-
-// A node of this very class overrides nothing: the copy that its getName would return can be saved.
-bool GraphNodeBase::isOfThisClass() const
-{
-    return typeid(*this) == typeid(GraphNodeBase);
 }
 
 KS_String GraphNodeBase::getName()
@@ -370,8 +474,8 @@ void GraphNodeBase::setName(KS_String const& name)
 {
     KS_String const oldName = getName();
     KS_String other(name);
-    name_.swap(other);
-    ScopeExit restoreName([this, &other] { name_.swap(other); });
+    swapName(other);
+    ScopeExit restoreName([this, &other] { swapName(other); });
     GraphScene* const scene = getGraphScene();
     if (scene != nullptr && oldName != name) scene->updateRenamedNodeInMapByFullName(this, oldName, name);
     restoreName.dismiss();
@@ -386,9 +490,11 @@ void GraphNodeBase::setId(unsigned int const& id)
 {
     unsigned int const oldId = getId();
     unsigned int const newId = id;
-    id_ = newId;
+    unsigned int const storedId = std::exchange(id_, newId);
+    ScopeExit restoreId([this, storedId] { id_ = storedId; });
     GraphScene* const scene = getGraphScene();
     if (scene != nullptr && oldId != newId) scene->updateNodeIdChange(this, oldId, newId);
+    restoreId.dismiss();
 }
 
 GraphScene* GraphNodeBase::getGraphScene() const
@@ -412,7 +518,7 @@ void GraphNodeBase::setNodeOwner(GraphNodeBase* newOwner)
     if (oldOwner == newOwner || (newOwner != nullptr && newOwner->isAtOrBelow(*this))) return;
 
     std::vector<KS_String> oldFullNames;
-    for (GraphNodeBase* const child : nodes_) oldFullNames.push_back(child->getFullName());
+    for (GraphNodeBase* const child : listOfChildren()) oldFullNames.push_back(child->getFullName());
 
     if (newOwner == nullptr)
     {
@@ -442,13 +548,13 @@ std::vector<GraphNodeBase::ChildRenames> GraphNodeBase::renamesOfChildren(
     std::vector<KS_String> const& oldFullNames)
 {
     std::vector<ChildRenames> renames;
-    for (unsigned int i = 0; i < nodes_.size() && i < oldFullNames.size(); ++i)
+    for (unsigned int i = 0; i < listOfChildren().size() && i < oldFullNames.size(); ++i)
     {
-        GraphNodeBase* const child = nodes_[i];
+        GraphNodeBase* const child = listOfChildren()[i];
         GraphScene* const scene = child->getGraphScene();
         if (scene != nullptr)
             renames.push_back(
-                {scene, GraphScene::pinRenamesBelow(child, oldFullNames[i], child->getFullName())});
+                {scene, GraphScene::pinRenamesBelow(child, oldFullNames[i], FullNameText(*child).view())});
     }
     return renames;
 }
@@ -485,7 +591,7 @@ void GraphNodeBase::addNode(GraphNodeBase* child)
     child->setNodeOwnerBase(this);
     addNodeToNodesList(child);
     if (GraphScene* const scene = child->getGraphScene())
-        scene->updateReparentedNodeInMapByFullName(child, oldFullName, child->getFullName());
+        scene->rekeyPinsBelow(child, oldFullName, FullNameText(*child).view());
     putBack.dismiss();
 }
 
@@ -506,25 +612,21 @@ void GraphNodeBase::removeNode(GraphNodeBase* child)
 
 GraphNodeBase* GraphNodeBase::getNodeByName(KS_String const& name, bool const& caseSensitive)
 {
-    auto const isWanted = [&](KS_String const& childName)
-    { return caseSensitive ? childName == name : equalIgnoringCase(childName, name); };
-    for (GraphNodeBase* const child : nodes_)
-        if (child->isOfThisClass() ? isWanted(child->name_) : isWanted(child->getName())) return child;
-    return nullptr;
+    return ChildList(*this).find(name, caseSensitive);
 }
 
 void GraphNodeBase::clearNodesArray()
 {
-    nodes_.setSize(0);
+    ChildList(*this).clear();
 }
 
 bool GraphNodeBase::getNodesRecursively(ArrayOfPtr<GraphNodeBase, KS_NO>& out)
 {
-    unsigned int const count = nodes_.size();
-    appendAll(nodes_, out);
+    unsigned int const count = listOfChildren().size();
+    appendAll(listOfChildren(), out);
     for (unsigned int i = 0; i < count; ++i)
     {
-        GraphNodeBase* const child = nodes_[i];
+        GraphNodeBase* const child = listOfChildren()[i];
         if (child->isCompound()) child->getNodesRecursively(out);
     }
     return !out.isEmpty();
@@ -532,7 +634,8 @@ bool GraphNodeBase::getNodesRecursively(ArrayOfPtr<GraphNodeBase, KS_NO>& out)
 
 bool GraphNodeBase::getCompoundNodes(ArrayOfPtr<GraphNodeBase, KS_NO>& out)
 {
-    return appendWanted(nodes_, out, [](GraphNodeBase const* child) { return child->isCompound(); });
+    return appendWanted(listOfChildren(), out,
+                        [](GraphNodeBase const* child) { return child->isCompound(); });
 }
 
 bool GraphNodeBase::dynamicPinsAllowed() const
@@ -565,14 +668,14 @@ KS_String GraphNodeBase::getFreePinNameLikeThis(KS_String const& name)
 
 bool GraphNodeBase::getNotConnectedPins(PinDirection const& directions, ArrayOfPtr<GraphNodePin, KS_NO>& out)
 {
-    return appendWanted(nodePins_, out,
+    return appendWanted(nodePins_.list, out,
                         [directions](GraphNodePin const* pin)
                         { return pin->getDirection().hasAny(directions) && !pin->isConnected(); });
 }
 
 bool GraphNodeBase::getConnectedPins(PinDirection const& directions, ArrayOfPtr<GraphNodePin, KS_NO>& out)
 {
-    return appendWanted(nodePins_, out,
+    return appendWanted(nodePins_.list, out,
                         [directions](GraphNodePin const* pin)
                         { return pin->getDirection().hasAny(directions) && pin->isConnected(); });
 }
@@ -596,12 +699,12 @@ KS_String GraphNodeBase::getInfo()
 
 KS_String GraphNodeBase::getDescription()
 {
-    return description_;
+    return texts_ != nullptr ? texts_->description : KS_String();
 }
 
 void GraphNodeBase::setDescription(KS_String const& description)
 {
-    description_ = description;
+    refTexts().description = description;
 }
 
 KS_String GraphNodeBase::asHTML()
@@ -680,37 +783,166 @@ bool GraphNodeBase::getInternalConnectionsForPainting(Array<GraphConnection, _Wa
 
 KS_String GraphNodeBase::getType()
 {
-    return type_;
+    return texts_ != nullptr ? texts_->type : KS_String();
 }
 
 void GraphNodeBase::setType(KS_String const& type)
 {
-    type_ = type;
+    refTexts().type = type;
+}
+
+KS_String const& GraphNodeBase::getCategory() const
+{
+    return texts_ != nullptr ? texts_->category : noText;
+}
+
+void GraphNodeBase::setCategory(KS_String const& category)
+{
+    refTexts().category = category;
+}
+
+NodeTexts& GraphNodeBase::refTexts()
+{
+    if (texts_ == nullptr) texts_ = std::make_unique<NodeTexts>();
+    return *texts_;
 }
 
 void GraphNodeBase::addPinToList(GraphNodePin* pin)
 {
-    nodePins_.append(pin);
+    nodePins_.list.append(pin);
+    if (nodePins_.set == nullptr) return;
+    try
+    {
+        nodePins_.set->insert(pin);
+    }
+    catch (std::bad_alloc const&)
+    {
+        nodePins_.set.reset(); // the list is right; only the short cut is lost
+    }
 }
 
 bool GraphNodeBase::removePinFromList(GraphNodePin* pin)
 {
-    return nodePins_.removeAll(pin) != 0;
+    if (nodePins_.set != nullptr && !nodePins_.set->erase(pin)) return false;
+    return nodePins_.list.removeAll(pin) != 0;
+}
+
+// A long list that only this class has changed is not searched. The pin may be gone: it is not looked at.
+bool GraphNodeBase::isInPinList(GraphNodePin const& pin) const
+{
+    constexpr unsigned int longList = 64;
+    if (nodePins_.list.size() < longList || nodePins_.isExposed) return nodePins_.list.contains(&pin);
+    if (nodePins_.set == nullptr)
+    {
+        try
+        {
+            nodePins_.set = std::make_unique<PinSet>(nodePins_.list);
+        }
+        catch (std::bad_alloc const&)
+        {
+            return nodePins_.list.contains(&pin);
+        }
+    }
+    return nodePins_.set->contains(&pin);
+}
+
+ArrayOfPtr<GraphNodePin, KS_NO>& GraphNodeBase::refNodePins()
+{
+    nodePins_.isExposed = true;
+    nodePins_.set.reset();
+    return nodePins_.list;
+}
+
+void GraphNodeBase::setNodePins(ArrayOfPtr<GraphNodePin, KS_NO> const& pins)
+{
+    nodePins_.set.reset();
+    nodePins_.list = pins;
+}
+
+ArrayOfPtr<GraphNodeBase, KS_NO> const& GraphNodeBase::listOfChildren() const
+{
+    return ChildList(*this).get();
+}
+
+ArrayOfPtr<GraphNodeBase, KS_NO> const& GraphNodeBase::getNodes() const
+{
+    return ChildList(*this).show();
+}
+
+ArrayOfPtr<GraphNodeBase, KS_NO>& GraphNodeBase::refNodes()
+{
+    return ChildList(*this).expose();
+}
+
+void GraphNodeBase::setNodes(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes)
+{
+    ChildList(*this).set(nodes);
 }
 
 void GraphNodeBase::setNodeOwnerBase(GraphNodeBase* owner)
 {
+    Renaming const renaming(*this);
+    leaveOwner();
     nodeOwner_ = owner;
+    if (owner != nullptr) linkToOwner();
+}
+
+// A copy has the owner of the original, but is not among its children.
+void GraphNodeBase::takeOwnerOf(GraphNodeBase const& other)
+{
+    Renaming const renaming(*this);
+    leaveOwner();
+    nodeOwner_ = other.nodeOwner_;
+    if (other.ownerLinks_.toThis != nullptr) linkToOwner();
+}
+
+void GraphNodeBase::linkToOwner() noexcept
+{
+    ownerLinks_.toThis = &nodeOwner_->ownerLinks_.first;
+    ownerLinks_.next = nodeOwner_->ownerLinks_.first;
+    if (ownerLinks_.next != nullptr) ownerLinks_.next->ownerLinks_.toThis = &ownerLinks_.next;
+    nodeOwner_->ownerLinks_.first = this;
+}
+
+void GraphNodeBase::unlinkFromOwner() noexcept
+{
+    *ownerLinks_.toThis = ownerLinks_.next;
+    if (ownerLinks_.next != nullptr) ownerLinks_.next->ownerLinks_.toThis = ownerLinks_.toThis;
+    ownerLinks_.next = nullptr;
+    ownerLinks_.toThis = nullptr;
+}
+
+void GraphNodeBase::leaveOwner() noexcept
+{
+    if (ownerLinks_.toThis == nullptr) return;
+    ChildList::childIsLost(*this);
+    unlinkFromOwner();
+}
+
+void GraphNodeBase::computeFullNameHash() noexcept
+{
+    bool const isBelow = ownerLinks_.toThis != nullptr;
+    std::uint64_t const start =
+        isBelow ? continuedHash(nodeOwner_->placeInNames_.fullNameHash, ".") : emptyTextHash;
+    placeInNames_.fullNameHash = continuedHash(start, cText(name_));
+}
+
+void GraphNodeBase::swapName(KS_String& name) noexcept
+{
+    Renaming const renaming(*this);
+    ChildList::beforeRenaming(*this);
+    name_.swap(name);
+    ChildList::afterRenaming(*this);
 }
 
 void GraphNodeBase::addNodeToNodesList(GraphNodeBase* node)
 {
-    nodes_.append(node);
+    ChildList(*this).append(node);
 }
 
 void GraphNodeBase::removeNodeFromNodesList(GraphNodeBase* node)
 {
-    nodes_.removeAll(node);
+    ChildList(*this).removeAll(node);
 }
 
 bool GraphNodeBase::addNodePin(GraphNodePin* pin)
@@ -754,13 +986,14 @@ bool GraphNodeBase::removeNodePin(GraphNodePin* pin)
 void GraphNodeBase::destroyNodePins()
 {
     // Up to the pins that were there at the start: a callback may add others.
-    for (unsigned int left = nodePins_.size(); left > 0 && !nodePins_.isEmpty();)
+    for (unsigned int left = nodePins_.list.size(); left > 0 && !nodePins_.list.isEmpty();)
     {
-        GraphNodePin* const pin = nodePins_[0];
-        auto const entries = static_cast<unsigned int>(std::count(nodePins_.begin(), nodePins_.end(), pin));
+        GraphNodePin* const pin = nodePins_.list[0];
+        auto const entries =
+            static_cast<unsigned int>(std::count(nodePins_.list.begin(), nodePins_.list.end(), pin));
         left -= std::min(left, entries);
         removeNodePin(pin);
-        nodePins_.removeAll(pin); // also when an override has left it there
+        GraphNodeBase::removePinFromList(pin); // also when an override has left it there
         delete pin;
     }
 }
@@ -836,7 +1069,7 @@ KS_String GraphNodeBase::toXml()
     KS_String opening;
     opening.format("<node id=\"%d\">\n<pins>\n", static_cast<int>(id_));
     std::string text(opening.c_str());
-    for (GraphNodePin* const pin : nodePins_) text += pin->toXml();
+    for (GraphNodePin* const pin : nodePins_.list) text += pin->toXml();
     text += "</pins>\n</node>\n";
     return KS_String(text);
 }
@@ -847,15 +1080,21 @@ void GraphNodeBase::onRemovingFromScene() {}
 
 bool GraphNodeBase::getAllChildNodePins(ArrayOfPtr<GraphNodePin, KS_NO>& out, bool const& includeOwn) const
 {
+    if (listOfChildren().isEmpty())
+    {
+        if (includeOwn) appendAll(nodePins_.list, out);
+        return !out.isEmpty();
+    }
     // A list of open nodes instead of recursion: a tree may be deeper than the stack.
     std::vector<GraphNodeBase const*> open{this};
     while (!open.empty())
     {
         GraphNodeBase const* const node = open.back();
         open.pop_back();
-        if (node != this || includeOwn) appendAll(node->nodePins_, out);
-        open.insert(open.end(), std::make_reverse_iterator(node->nodes_.end()),
-                    std::make_reverse_iterator(node->nodes_.begin()));
+        if (node != this || includeOwn) appendAll(node->nodePins_.list, out);
+        ArrayOfPtr<GraphNodeBase, KS_NO> const& children = node->listOfChildren();
+        open.insert(open.end(), std::make_reverse_iterator(children.end()),
+                    std::make_reverse_iterator(children.begin()));
     }
     return !out.isEmpty();
 }

@@ -10,12 +10,73 @@
 #include <ks_graph/Message.h>
 #include <ks_graph/ks_graph_api.h>
 
+#include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace kestrel::graph
 {
 
+class ChildNames;
+class GraphNodeBase;
 class GraphScene;
+class NodeNames;
+class PinSet;
+struct NodeTexts;
+
+namespace detail
+{
+
+/// What `GraphNodeBase` keeps beside what it shows. Of no use to a host.
+/// @cond
+/// The pins, with a set of them beside the list once it is long.
+struct NodePins
+{
+    ArrayOfPtr<GraphNodePin, KS_NO> list;
+    mutable std::unique_ptr<PinSet> set;
+    bool isExposed = false;
+};
+
+/// The children: kept by ChildList. A child that was removed may leave a gap, a null pointer, until the list
+/// is looked at.
+struct NodeChildren
+{
+    ArrayOfPtr<GraphNodeBase, KS_NO> list;
+    unsigned int gaps = 0;
+    unsigned int closedGaps = 0; // since the ranks were the places
+    unsigned int nextRank = 0;
+    bool isRegular = true; // each child stands here once and knows where, and this is its owner
+    bool isShown = false;
+    bool isExposed = false;
+    std::unique_ptr<ChildNames> names;
+};
+
+/// This node among its owner's children: kept by ChildList.
+struct PlaceInList
+{
+    unsigned int rank = 0; // ascending in list order; no child stands behind its rank
+    bool isListed = false; // in the regular list of its owner
+};
+
+/// The nodes below by owner, whatever the lists of children hold: first below this one, next below its owner.
+struct OwnerLinks
+{
+    GraphNodeBase* first = nullptr;
+    GraphNodeBase* next = nullptr;
+    GraphNodeBase** toThis = nullptr; // null without an owner, and when the owner is gone
+};
+
+/// This node in the index of full names: kept by NodeNames, but for the hash.
+struct PlaceInNames
+{
+    std::uint64_t fullNameHash = 0;
+    NodeNames* names = nullptr;
+    unsigned int id = 0;
+    bool isAsked = false;
+};
+/// @endcond
+
+} // namespace detail
 
 /// A node: an identity (id, name, type, category, description), an ordered list of pins, an owner node and an
 /// ordered list of child nodes. The nodes of a scene form one tree under the scene's root; a node with
@@ -39,6 +100,7 @@ class KS_GRAPH_API GraphNodeBase : public KS_Class
 public:
     /// No id (0xFFFFFFFF), no name, no scene, no owner, no pins, no children.
     GraphNodeBase();
+    /// The same, but for the id.
     explicit GraphNodeBase(unsigned int const& id);
 
     /// Copies every field as it stands, the pointers to pins, children, owner and scene too, and tells
@@ -65,8 +127,11 @@ public:
     virtual bool isEvaluator() const;
     /// Asks `isPassThrough`.
     virtual bool isPassThroughFamily() const;
+    /// False.
     virtual bool isGroup() const;
+    /// False.
     virtual bool isPassThrough() const;
+    /// False.
     virtual bool isIterator() const;
     /// Sets the compound flag.
     virtual void setCompound(bool const& compound);
@@ -79,6 +144,7 @@ public:
     virtual void setInterface(bool const& isInterface);
     /// Both nodes valid, and of the same id.
     virtual bool isSameNodeAs(GraphNodeBase const& other) const;
+    /// False.
     virtual bool isEditable() const;
     /// @}
 
@@ -158,6 +224,7 @@ public:
     /// Whether `node` is the owner; with `recursive`, the owner or an owner above it. A root is owned by
     /// null, and so, with `recursive`, is every node below it.
     virtual bool isOwnedByNode(GraphNodeBase* node, bool const& recursive) const;
+    /// False.
     virtual bool isUpdating() const;
     /// @}
 
@@ -177,7 +244,8 @@ public:
     /// it.
     virtual void removeNode(GraphNodeBase* child);
     /// The first direct child of that name, or null. Without `caseSensitive`, letters are compared after the
-    /// runtime's `tolower`. Linear.
+    /// runtime's `tolower`. Constant on average when the names of all children are read
+    /// (`declarePlainNames`); else the children are asked in turn.
     virtual GraphNodeBase* getNodeByName(KS_String const& name, bool const& caseSensitive);
     /// Empties the list of children, who still name this node as owner.
     virtual void clearNodesArray();
@@ -211,6 +279,7 @@ public:
     /// Whether this node or, with `alsoOwner`, its owner has a pin of exactly that name.
     virtual bool hasPinWithName(KS_String const& name, bool const& alsoOwner);
 
+    /// False.
     virtual bool isWorkflowFamily() const;
 
     /// @name Description
@@ -330,17 +399,23 @@ public:
     virtual void onAddingToScene();
     virtual void onRemovingFromScene();
 
-    KS_String const& getCategory() const { return category_; }
-    void setCategory(KS_String const& category) { category_ = category; }
+    /// Free for the host.
+    KS_String const& getCategory() const;
+    void setCategory(KS_String const& category);
 
     /// @name The lists themselves: plain access that tells nobody
+    /// Removing one of many children is constant on average until `getNodes` has shown the list; from then on
+    /// the children behind it move up at once, since a host may be looking. Once `refNodes` has put the list
+    /// into the host's hands, and as long as `setNodes` decides what is in it, a removal also searches it. To
+    /// look at the children of a node with very many while removing some of them, copy the list with
+    /// `GraphScene::getGraphNodesAtLevel`.
     /// @{
-    ArrayOfPtr<GraphNodePin, KS_NO> const& getNodePins() const { return nodePins_; }
-    ArrayOfPtr<GraphNodePin, KS_NO>& refNodePins() { return nodePins_; }
-    void setNodePins(ArrayOfPtr<GraphNodePin, KS_NO> const& pins) { nodePins_ = pins; }
-    ArrayOfPtr<GraphNodeBase, KS_NO> const& getNodes() const { return nodes_; }
-    ArrayOfPtr<GraphNodeBase, KS_NO>& refNodes() { return nodes_; }
-    void setNodes(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes) { nodes_ = nodes; }
+    ArrayOfPtr<GraphNodePin, KS_NO> const& getNodePins() const { return nodePins_.list; }
+    ArrayOfPtr<GraphNodePin, KS_NO>& refNodePins();
+    void setNodePins(ArrayOfPtr<GraphNodePin, KS_NO> const& pins);
+    ArrayOfPtr<GraphNodeBase, KS_NO> const& getNodes() const;
+    ArrayOfPtr<GraphNodeBase, KS_NO>& refNodes();
+    void setNodes(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes);
     /// @}
 
     /// Appends, with `includeOwn`, this node's pins, then those of everything below it, each node before its
@@ -349,24 +424,42 @@ public:
 
 private:
     class PlaceInTree;
+    class Renaming;
     struct ChildRenames;
+
+    // Keep what is private to them below, each under its own name.
+    friend class ChildList;
+    friend class ChildNames;
+    friend class FullNameText;
+    friend class GraphScene;
+    friend class NodeNames;
+    friend bool hasPlainFullName(GraphNodeBase const& node);
 
     bool isAtOrBelow(GraphNodeBase const& node) const;
     std::vector<ChildRenames> renamesOfChildren(std::vector<KS_String> const& oldFullNames);
     GraphNodePin* addDynamicPin(PinDirection direction);
-    bool isOfThisClass() const;
+    bool isInPinList(GraphNodePin const& pin) const;
+    ArrayOfPtr<GraphNodeBase, KS_NO> const& listOfChildren() const;
+    NodeTexts& refTexts();
+    void swapName(KS_String& name) noexcept;
+    void takeOwnerOf(GraphNodeBase const& other);
+    void linkToOwner() noexcept;
+    void unlinkFromOwner() noexcept;
+    void leaveOwner() noexcept;
+    void computeFullNameHash() noexcept;
 
-    ArrayOfPtr<GraphNodePin, KS_NO> nodePins_;
+    detail::NodePins nodePins_;
     unsigned int id_ = 0xFFFFFFFFu;
     bool compound_ = false;
     bool interface_ = false;
     GraphScene* graphScene_ = nullptr;
     GraphNodeBase* nodeOwner_ = nullptr;
-    ArrayOfPtr<GraphNodeBase, KS_NO> nodes_;
+    mutable detail::NodeChildren nodes_;
     KS_String name_;
-    KS_String type_;
-    KS_String description_;
-    KS_String category_;
+    std::unique_ptr<NodeTexts> texts_; // null while all of them are empty
+    detail::PlaceInList placeInList_;
+    detail::OwnerLinks ownerLinks_;
+    detail::PlaceInNames placeInNames_;
 };
 
 /// Stands for no node wherever a host needs a node object: its id is 0xFFFFFFFF. Built when the library is

@@ -1,8 +1,11 @@
 #include <ks_graph/GraphNodePin.h>
 
 #include "ConnectionIndex.h"
+#include "FullNameText.h"
 #include "Names.h"
+#include "PlainTypes.h"
 #include "PointerSet.h"
+#include "SceneRegistry.h"
 #include "ScopeExit.h"
 
 #include <ks_graph/GraphConnection.h>
@@ -10,8 +13,9 @@
 #include <ks_graph/GraphScene.h>
 
 #include <algorithm>
+#include <mutex>
 #include <new>
-#include <typeinfo>
+#include <thread>
 #include <utility>
 
 namespace kestrel::graph
@@ -74,6 +78,12 @@ void visitConnectionsWithNode(GraphNodePin const& pin, GraphNodeBase const* node
         [node](GraphConnection const* connection) { return connection->getTargetNode() == node; }, visit);
 }
 
+// On the heap: a rename goes up through as many parent pins as there are levels.
+PinNames::Key fullNameKey(GraphNodePin& pin)
+{
+    return PinNames::Key(FullNameText(pin).view());
+}
+
 auto appendTo(ArrayOfPtr<GraphConnection, KS_NO>& out)
 {
     return [&out](GraphConnection* connection)
@@ -93,6 +103,16 @@ auto noteIn(bool& found)
 }
 
 } // namespace
+
+void GraphNodePin::Lock::lock()
+{
+    while (isHeld_.exchange(true, std::memory_order_acquire)) std::this_thread::yield();
+}
+
+void GraphNodePin::Lock::unlock()
+{
+    isHeld_.store(false, std::memory_order_release);
+}
 
 GraphNodePin::ConnectionList::ConnectionList() = default;
 
@@ -282,27 +302,31 @@ KS_String GraphNodePin::getName()
 
 KS_String GraphNodePin::getFullName()
 {
+    if (isPlain(*this)) return KS_String(FullNameText(*this).view());
     GraphNodeBase* const node = getParentGraphNodePtr();
-    if (node == nullptr) return getName();
-    // A pin of this very class overrides nothing: the copy that its getName would return can be saved.
-    return typeid(*this) == typeid(GraphNodePin) ? dottedName(node->getFullName(), name_)
-                                                 : dottedName(node->getFullName(), getName());
+    return node != nullptr ? dottedName(node->getFullName(), getName()) : getName();
 }
 
 // Everything that can fail comes before the scene's map changes, and gives the old name back. So the new full
 // name is taken before the parent pin is renamed: nothing after that step may fail.
 void GraphNodePin::setName(KS_String const& name)
 {
-    KS_String const oldFullName = getFullName();
+    bool const plain = isPlain(*this) && (parentNode_ == nullptr || hasPlainFullName(*parentNode_));
+    PinNames::Key const oldFullName = plain ? PinNames::Key() : fullNameKey(*this);
     KS_String other(name);
     name_.swap(other);
     ScopeExit restoreName([this, &other] { name_.swap(other); });
-    KS_String newFullName = getFullName();
+    PinNames::Key newFullName = fullNameKey(*this);
     GraphScene* const scene = getParentGraphScenePtr();
     GraphNodePin* const parentPin = isInterfacePin() ? getParentGraphNodePinPtr() : nullptr;
     if (parentPin != nullptr) parentPin->setName(name);
     restoreName.dismiss();
-    if (scene != nullptr && newFullName != oldFullName) scene->rekeyPin(oldFullName, std::move(newFullName));
+    if (scene == nullptr) return;
+    // Plain full names differ at the end only.
+    std::string_view const front =
+        newFullName.view().substr(0, newFullName.view().size() - cText(name_).size());
+    PinNames::Name const oldName = plain ? PinNames::Name(front, cText(other)) : oldFullName.view();
+    if (!newFullName.is(oldName)) scene->rekeyPin({oldName, std::move(newFullName)});
 }
 
 KS_String GraphNodePin::toXml()
@@ -370,26 +394,26 @@ KS_String GraphNodePin::asHTML()
 void GraphNodePin::addInputConnection(GraphConnection* connection)
 {
     if (connection == nullptr) return;
-    std::lock_guard const guard(lock_.mutex);
+    std::lock_guard const guard(lock_);
     inputConnections_.append(connection);
 }
 
 void GraphNodePin::addOutputConnection(GraphConnection* connection)
 {
     if (connection == nullptr) return;
-    std::lock_guard const guard(lock_.mutex);
+    std::lock_guard const guard(lock_);
     outputConnections_.append(connection);
 }
 
 void GraphNodePin::removeInputConnection(GraphConnection* connection)
 {
-    std::lock_guard const guard(lock_.mutex);
+    std::lock_guard const guard(lock_);
     inputConnections_.removeFast(connection);
 }
 
 void GraphNodePin::removeOutputConnection(GraphConnection* connection)
 {
-    std::lock_guard const guard(lock_.mutex);
+    std::lock_guard const guard(lock_);
     outputConnections_.removeFast(connection);
 }
 

@@ -8,8 +8,8 @@
 #include <foundation/KS_String.h>
 #include <ks_graph/ks_graph_api.h>
 
+#include <atomic>
 #include <memory>
-#include <mutex>
 
 namespace kestrel::graph
 {
@@ -41,7 +41,7 @@ inline constexpr PinDirection PIN_OUTPUT{2u};
 /// Pairs: the pin of an interface node has the pin of the compound around it as its parent pin, and that pin
 /// has it as its child pin. Both links are plain pointers.
 ///
-/// Threads: one re-entrant lock per pin guards the two lists against `addInputConnection`,
+/// Threads: one lock per pin guards the two lists against `addInputConnection`,
 /// `addOutputConnection`, `removeInputConnection` and `removeOutputConnection` on other threads. Nothing else
 /// takes it, so whoever reads while another thread wires has to order the two.
 ///
@@ -73,9 +73,11 @@ public:
     virtual bool isPassThroughPin() const;
     /// False; a hook for hosts, as are `isEditable` and `isUpdating`.
     virtual bool isDirty() const;
+    /// False.
     virtual bool isEditable() const;
     /// Whether it is an interface, a compound or an evaluator pin, asked in this order.
     virtual bool isDynamic() const;
+    /// False.
     virtual bool isUpdating() const;
     /// @}
 
@@ -134,8 +136,10 @@ public:
     /// Nothing; a hook.
     virtual void update();
 
+    /// Whether it is an input and an output pin.
     virtual bool isBidirectionalPin() const;
 
+    /// All four are for the host to draw with; plain storage.
     virtual Color4<float> getBorderColor();
     virtual Color4<float> getColor();
     virtual void setBorderColor(Color4<float> const& color);
@@ -159,6 +163,7 @@ public:
     virtual void addOutputConnection(GraphConnection* connection);
     /// An override of a removal does not throw: a `connect` that fails half-way calls it.
     virtual void removeInputConnection(GraphConnection* connection);
+    /// Likewise.
     virtual void removeOutputConnection(GraphConnection* connection);
     /// @}
 
@@ -185,6 +190,7 @@ public:
     virtual void removeInternalConnection(GraphNodePin* pin);
     /// @}
 
+    /// Both look at their bit of the direction.
     bool isInputPin() const { return direction_.hasAny(PIN_INPUT); }
     bool isOutputPin() const { return direction_.hasAny(PIN_OUTPUT); }
 
@@ -258,6 +264,9 @@ public:
     /// @}
 
 private:
+    friend class FullNameText;
+    friend class GraphScene;
+
     bool appendOutputPinsOfNode(ArrayOfPtr<GraphNodePin, KS_NO>& out) const;
 
     // One of the two lists, with an index beside it once a removal has met a long one.
@@ -283,14 +292,20 @@ private:
         bool exposed_ = false;
     };
 
-    // Neither copied nor assigned with its pin.
-    struct Lock
+    // Small, since every pin has one, and held for a few steps only. Neither copied nor assigned with its
+    // pin.
+    class Lock
     {
+    public:
         Lock() = default;
         Lock(Lock const&) {}
         Lock& operator=(Lock const&) { return *this; }
 
-        std::recursive_mutex mutex;
+        void lock();
+        void unlock();
+
+    private:
+        std::atomic<bool> isHeld_{false};
     };
 
     unsigned int id_ = 0xFFFFFFFFu;
@@ -305,6 +320,7 @@ private:
     ConnectionList outputConnections_;
     ConnectionList inputConnections_;
     Lock lock_;
+    bool wasPairedAgain_ = false; // the first compound pin of an interface pin still has a link to it
 };
 
 } // namespace kestrel::graph

@@ -1,10 +1,13 @@
 #include <ks_graph/GraphScene.h>
 
+#include "ChildList.h"
 #include "CompoundMover.h"
-#include "ConnectionIndex.h"
+#include "FullNameText.h"
 #include "FullNameWalk.h"
 #include "Names.h"
+#include "PlainTypes.h"
 #include "PointerSet.h"
+#include "SceneRegistry.h"
 #include "ScopeExit.h"
 
 #include <algorithm>
@@ -85,20 +88,13 @@ ArrayOfPtr<GraphNodeBase, KS_NO> walkTree(GraphNodeBase* top, Enters enters)
         open.pop_back();
         if (!enters(node)) continue;
         walked.append(node);
-        ArrayOfPtr<GraphNodeBase, KS_NO> const& children = node->getNodes();
+        ArrayOfPtr<GraphNodeBase, KS_NO> const& children = ChildList(*node).get();
         for (unsigned int i = children.size(); i-- > 0;)
             if (children[i]->getNodeOwner() == node || strangers.insert(children[i]))
                 open.push_back(children[i]);
     }
     if (!strangers.isEmpty()) keepLastOfEach(walked);
     return walked;
-}
-
-// The count that a question is about.
-template <class Counts>
-int chosen(Counts const& counts, bool includeImplicit)
-{
-    return includeImplicit ? counts.all : counts.notImplicit;
 }
 
 std::unique_ptr<GraphNodeBase> newNode(unsigned int id)
@@ -108,9 +104,28 @@ std::unique_ptr<GraphNodeBase> newNode(unsigned int id)
 
 } // namespace
 
-GraphScene::GraphScene() : id_(std::atomic_ref(lastUsedId_).fetch_add(1) + 1) {}
+GraphScene::GraphScene()
+    : registry_(std::make_unique<SceneRegistry>()), id_(std::atomic_ref(lastUsedId_).fetch_add(1) + 1)
+{}
 
-GraphScene::GraphScene(GraphScene const& other) = default;
+GraphScene::GraphScene(GraphScene const& other)
+    : KS_Class(other),
+      registry_(std::make_unique<SceneRegistry>(*other.registry_)),
+      graphConnections_(other.graphConnections_),
+      allowDuplicatedConnections_(other.allowDuplicatedConnections_),
+      allowLoops_(other.allowLoops_),
+      isDirty_(other.isDirty_),
+      keepRootNode_(other.keepRootNode_),
+      rootNode_(other.rootNode_),
+      messages_(other.messages_),
+      id_(other.id_),
+      nodeColorMap_(other.nodeColorMap_),
+      useAdjacencyMap_(other.useAdjacencyMap_),
+      lastImportedNodes_(other.lastImportedNodes_),
+      lastImportedConnections_(other.lastImportedConnections_),
+      clearing_(other.clearing_),
+      lastFreeNodeId_(other.lastFreeNodeId_)
+{}
 
 // A copy that fails leaves this scene as it was.
 GraphScene& GraphScene::operator=(GraphScene const& other)
@@ -122,9 +137,7 @@ GraphScene& GraphScene::operator=(GraphScene const& other)
 
 void GraphScene::swapState(GraphScene& other) noexcept
 {
-    std::swap(nodesById_, other.nodesById_);
-    std::swap(pinsById_, other.pinsById_);
-    std::swap(pinsByFullName_, other.pinsByFullName_);
+    std::swap(registry_, other.registry_);
     std::swap(graphConnections_, other.graphConnections_);
     std::swap(allowDuplicatedConnections_, other.allowDuplicatedConnections_);
     std::swap(allowLoops_, other.allowLoops_);
@@ -134,14 +147,11 @@ void GraphScene::swapState(GraphScene& other) noexcept
     std::swap(messages_, other.messages_);
     std::swap(id_, other.id_);
     std::swap(nodeColorMap_, other.nodeColorMap_);
-    std::swap(adjacencyMap_, other.adjacencyMap_);
     std::swap(useAdjacencyMap_, other.useAdjacencyMap_);
     std::swap(lastImportedNodes_, other.lastImportedNodes_);
     std::swap(lastImportedConnections_, other.lastImportedConnections_);
     std::swap(clearing_, other.clearing_);
     std::swap(lastFreeNodeId_, other.lastFreeNodeId_);
-    ++registryVersion_;
-    arrayIndex_.value.reset();
 }
 
 GraphScene::~GraphScene() = default;
@@ -151,24 +161,35 @@ GraphScene::~GraphScene() = default;
 GraphNodeBase* GraphScene::getNodePtrById(unsigned int const& id) const
 {
     if (id == invalidId) return nullptr;
-    auto const entry = nodesById_.find(id);
-    return entry != nodesById_.end() ? entry->second : nullptr;
+    return registry_->nodesById.find(id);
 }
 
 GraphNodeBase* GraphScene::getNodePtrByFullName(KS_String const& name) const
 {
-    if (rootNode_ != nullptr && rootNode_->getFullName() == name) return rootNode_;
-    FullNameWalk* const walk = currentWalk_.value;
-    GraphNodeBase* found = nullptr;
-    if (walk != nullptr && walk->covers(name) && walk->find(name, found)) return found;
-    for (auto const& [id, node] : nodesById_)
-        if (node->getFullName() == name) return node;
-    return nullptr;
+    if (rootNode_ != nullptr && FullNameText(*rootNode_).view() == cText(name)) return rootNode_;
+    NodeNames& names = registry_->nodeNames;
+    if (!names.isReady(registry_->nodesById)) return findAsked(registry_->nodesById, name, nullptr);
+    GraphNodeBase* const plain = names.findPlain(cText(name));
+    return names.asked().size() != 0 ? findAsked(names.asked(), name, plain) : plain;
+}
+
+// The first by id of `plain`, which may be null, and those of the nodes that have this full name when asked
+// for it.
+GraphNodeBase* GraphScene::findAsked(IdMap<GraphNodeBase> const& nodes, KS_String const& fullName,
+                                     GraphNodeBase* plain) const
+{
+    std::uint64_t const end = plain != nullptr ? plain->placeInNames_.id : IdMap<GraphNodeBase>::endOfIds;
+    unsigned int const version = registry_->version;
+    FullNameWalk* const walk = registry_->currentWalk;
+    GraphNodeBase* const found = walk != nullptr && walk->covers(fullName)
+                                     ? walk->find(nodes, fullName, end)
+                                     : FullNameWalk(*registry_, fullName).find(nodes, fullName, end);
+    return found != nullptr || version != registry_->version ? found : plain;
 }
 
 bool GraphScene::hasGraphNodeWithId(unsigned int const& id) const
 {
-    return id != invalidId && nodesById_.count(id) != 0;
+    return id != invalidId && registry_->nodesById.contains(id);
 }
 
 void GraphScene::getAllGraphCompounds(ArrayOfPtr<GraphNodeBase, KS_NO>& out) const
@@ -179,26 +200,23 @@ void GraphScene::getAllGraphCompounds(ArrayOfPtr<GraphNodeBase, KS_NO>& out) con
 
 GraphNodePin* GraphScene::getPinPtrById(unsigned int const& id) const
 {
-    auto const entry = pinsById_.find(id);
-    return entry != pinsById_.end() ? entry->second : nullptr;
+    return registry_->pinsById.find(id);
 }
 
 GraphNodePin* GraphScene::getPinPtrByFullName(KS_String const& name) const
 {
-    auto const entry = pinsByFullName_.find(name);
-    return entry != pinsByFullName_.end() ? entry->second : nullptr;
+    return registry_->pinsByFullName.find(cText(name));
 }
 
 GraphNodePin* GraphScene::getPinPtrByFullNameCaseInsensitive(KS_String const& name) const
 {
-    auto const entry = std::find_if(pinsByFullName_.begin(), pinsByFullName_.end(),
-                                    [&name](auto const& pin) { return equalIgnoringCase(pin.first, name); });
-    return entry != pinsByFullName_.end() ? entry->second : nullptr;
+    return registry_->pinsByFullName.findFirst([&name](std::string_view fullName)
+                                               { return equalIgnoringCase(fullName, cText(name)); });
 }
 
 bool GraphScene::getGraphNodesAsList(ArrayOfPtr<GraphNodeBase, KS_NO>& out) const
 {
-    for (auto const& [id, node] : nodesById_) out.append(node);
+    registry_->nodesById.forEach([&out](unsigned int, GraphNodeBase* node) { out.append(node); });
     return !out.isEmpty();
 }
 
@@ -208,7 +226,7 @@ void GraphScene::getGraphNodesAtLevel(GraphNodeBase* node, bool const& recursive
     if (node == nullptr) return;
     if (!recursive)
     {
-        appendAll(node->getNodes(), out);
+        appendAll(ChildList(*node).get(), out);
         return;
     }
     ArrayOfPtr<GraphNodeBase, KS_NO> nodes; // `out` may be the child list of a node on the way
@@ -218,7 +236,7 @@ void GraphScene::getGraphNodesAtLevel(GraphNodeBase* node, bool const& recursive
 
 unsigned int GraphScene::getNumberOfNodes() const
 {
-    return static_cast<unsigned int>(nodesById_.size());
+    return static_cast<unsigned int>(registry_->nodesById.size());
 }
 
 unsigned int GraphScene::getNumberOfConnections() const
@@ -527,7 +545,7 @@ void GraphScene::clear()
     ScopeExit const stopClearing([this, wasClearing] { clearing_ = wasClearing; });
     removeAllConnections();
     removeAllNodes();
-    adjacencyMap_.clear();
+    registry_->adjacency.clear();
     lastImportedNodes_.setSize(0);
     lastImportedConnections_.setSize(0);
     clearMessages();
@@ -538,7 +556,7 @@ void GraphScene::clearMessages()
 {
     messages_.clear();
     if (clearing_) return;
-    for (auto const& [id, node] : nodesById_) node->clearMessages();
+    registry_->nodesById.forEach([](unsigned int, GraphNodeBase* node) { node->clearMessages(); });
 }
 
 // ---- Node colours and XML ----
@@ -569,7 +587,7 @@ KS_String GraphScene::toXml() const
     // Built in a text that grows by factors: KS_String grows exactly, so appending to it would copy the text
     // once for each element.
     std::string text = "<graph>\n<nodes>\n";
-    for (auto const& [id, node] : nodesById_) text += node->toXml();
+    registry_->nodesById.forEach([&text](unsigned int, GraphNodeBase* node) { text += node->toXml(); });
     text += "</nodes>\n<connections>\n";
     for (GraphConnection* const connection : graphConnections_)
         if (connection != nullptr) text += connection->toXml();
@@ -624,7 +642,7 @@ bool GraphScene::removeNodeFromGraph(unsigned int const& id)
 void GraphScene::removeNodesInCompoundFromGraph(GraphNodeBase* compound)
 {
     if (compound == nullptr) return;
-    ArrayOfPtr<GraphNodeBase, KS_NO> const children(compound->getNodes());
+    ArrayOfPtr<GraphNodeBase, KS_NO> const children(ChildList(*compound).get());
     for (GraphNodeBase* const child : children) removeNodeFromGraph(child);
     compound->clearNodesArray();
 }
@@ -653,8 +671,9 @@ bool GraphScene::removeAllNodes()
             delete node;
         }
     }
-    nodesById_.clear();
-    ++registryVersion_;
+    registry_->nodesById.clear();
+    registry_->nodeNames.clear();
+    ++registry_->version;
     if (!keepRootNode_) rootNode_ = nullptr;
     if (rootNode_ != nullptr) rootNode_->clearNodesArray();
     isDirty_ = true;
@@ -665,47 +684,64 @@ bool GraphScene::removeAllNodes()
 
 bool GraphScene::insertNodeInMapById(unsigned int const& id, GraphNodeBase* node)
 {
-    ++registryVersion_;
-    return isDirty_ = nodesById_.emplace(id, node).second;
+    ++registry_->version;
+    isDirty_ = registry_->nodesById.insert(id, node);
+    if (isDirty_) registry_->nodeNames.added(id, node);
+    return isDirty_;
 }
 
 bool GraphScene::insertPinInMapById(unsigned int const& id, GraphNodePin* pin)
 {
-    return isDirty_ = pinsById_.emplace(id, pin).second;
+    return isDirty_ = registry_->pinsById.insert(id, pin);
 }
 
 bool GraphScene::insertPinInMapByFullName(KS_String const& name, GraphNodePin* pin)
 {
-    return isDirty_ = pinsByFullName_.emplace(name, pin).second;
+    return isDirty_ = registry_->pinsByFullName.insert(cText(name), pin);
+}
+
+void GraphScene::insertUnderFullName(GraphNodePin& pin)
+{
+    isDirty_ = registry_->pinsByFullName.insert(FullNameText(pin).view(), &pin);
 }
 
 void GraphScene::removeNodeFromMapById(unsigned int const& id)
 {
-    ++registryVersion_;
-    nodesById_.erase(id);
+    ++registry_->version;
+    if (registry_->nodesById.contains(id)) registry_->nodeNames.removed(registry_->nodesById.find(id));
+    registry_->nodesById.erase(id);
     isDirty_ = true;
 }
 
 void GraphScene::removePinFromMapById(unsigned int const& id)
 {
-    pinsById_.erase(id);
+    registry_->pinsById.erase(id);
     isDirty_ = true;
 }
 
 void GraphScene::removePinFromMapByFullName(KS_String const& name)
 {
-    pinsByFullName_.erase(name);
+    eraseFullName(cText(name));
+}
+
+void GraphScene::eraseFullName(std::string_view name)
+{
+    if (registry_->pinsByFullName.erase(name)) registry_->freePinNumbers.released(name);
     isDirty_ = true;
 }
 
 void GraphScene::updateNodeIdChange(GraphNodeBase* node, unsigned int const& oldId, unsigned int const& newId)
 {
-    auto entry = nodesById_.extract(oldId);
-    if (entry.empty()) return;
-    ++registryVersion_;
-    entry.key() = newId;
-    entry.mapped() = node;
-    nodesById_.insert(std::move(entry));
+    IdMap<GraphNodeBase>& nodes = registry_->nodesById;
+    if (!nodes.contains(oldId)) return;
+    bool const isFree = oldId != newId && nodes.insert(newId, node);
+    ++registry_->version;
+    registry_->nodeNames.removed(nodes.find(oldId));
+    if (oldId == newId)
+        nodes.assign(oldId, node);
+    else
+        nodes.erase(oldId);
+    if (isFree || oldId == newId) registry_->nodeNames.added(newId, node);
     isDirty_ = true;
 }
 
@@ -715,63 +751,55 @@ void GraphScene::updateRenamedNodeInMapByFullName(GraphNodeBase* node, KS_String
     if (node == nullptr) return;
     GraphNodeBase* const owner = node->isRoot() ? nullptr : node->getNodeOwner();
     rekeyPinsBelow(node, owner != nullptr ? dottedName(owner->getFullName(), oldName) : oldName,
-                   node->getFullName());
+                   FullNameText(*node).view());
 }
 
 void GraphScene::updateReparentedNodeInMapByFullName(GraphNodeBase* node, KS_String const& oldFullName,
                                                      KS_String const& newFullName)
 {
-    if (node != nullptr) rekeyPinsBelow(node, oldFullName, newFullName);
+    if (node != nullptr) rekeyPinsBelow(node, oldFullName, cText(newFullName));
 }
 
 void GraphScene::updateRenamedPinInMapByFullName(KS_String const& oldFullName, KS_String const& newFullName)
 {
-    rekeyPin(oldFullName, KS_String(newFullName));
+    rekeyPin({cText(oldFullName), PinNames::Key(cText(newFullName))});
 }
 
 // Gathers every name before it changes the first key: what can fail comes first.
 void GraphScene::rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullName,
-                                KS_String const& newFullName)
+                                std::string_view newFullName)
 {
     PinRenames renames = pinRenamesBelow(node, oldFullName, newFullName);
     rekeyPins(renames);
 }
 
-// The pins of the node and of everything below it, each with the full name that it had before the node's own
-// changed, and the one that it has now.
-GraphScene::PinRenames GraphScene::pinRenamesBelow(GraphNodeBase const* node, KS_String const& oldFullName,
-                                                   KS_String const& newFullName)
+// The pins of the node and of everything below it, with the full names that they have now.
+PinRenames GraphScene::pinRenamesBelow(GraphNodeBase const* node, KS_String const& oldFullName,
+                                       std::string_view newFullName)
 {
     ArrayOfPtr<GraphNodePin, KS_NO> pins;
     node->getAllChildNodePins(pins, true);
-    PinRenames renames;
-    renames.reserve(pins.size());
-    for (GraphNodePin* const pin : pins)
-    {
-        KS_String newPinName = pin->getFullName();
-        std::string_view const full = cText(newPinName);
-        std::string_view const suffix = full.substr(std::min(full.size(), cText(newFullName).size()));
-        KS_String oldPinName = KS_String::concatenated({cText(oldFullName), suffix});
-        renames.emplace_back(std::move(oldPinName), std::move(newPinName));
-    }
+    PinRenames renames{oldFullName, newFullName.size(), {}};
+    renames.newNames.reserve(pins.size());
+    for (GraphNodePin* const pin : pins) renames.newNames.emplace_back(FullNameText(*pin).view());
     return renames;
 }
 
 void GraphScene::rekeyPins(PinRenames& renames) noexcept
 {
-    ++registryVersion_;
-    for (auto& [oldPinName, newPinName] : renames) rekeyPin(oldPinName, std::move(newPinName));
+    ++registry_->version;
+    for (PinNames::Key& newName : renames.newNames)
+    {
+        std::string_view const end =
+            newName.view().substr(std::min(newName.view().size(), renames.newFrontLength));
+        rekeyPin({{cText(renames.oldFront), end}, std::move(newName)});
+    }
 }
 
-// Moves the entry to its new key without making a new one, so it cannot fail.
-void GraphScene::rekeyPin(KS_String const& oldFullName, KS_String&& newFullName) noexcept
+// Cannot fail: the new key is there already.
+void GraphScene::rekeyPin(PinRename&& rename) noexcept
 {
-    auto const entry = pinsByFullName_.find(oldFullName);
-    if (entry == pinsByFullName_.end()) return;
-    isDirty_ = true;
-    auto node = pinsByFullName_.extract(entry);
-    node.key().swap(newFullName);
-    pinsByFullName_.insert(std::move(node)); // a pin that holds the name already keeps it
+    if (registry_->rekeyPin(std::move(rename))) isDirty_ = true;
 }
 
 // ---- Making nodes ----
@@ -907,6 +935,7 @@ GraphNodePin* GraphScene::createCompoundPinForInterfacePin(GraphNodePin* interfa
     GraphNodePin* const compoundPin =
         createNewPin(compound, unlimitedConnections, interfacePin->isInputPin() ? PIN_OUTPUT : PIN_INPUT);
     if (compoundPin == nullptr) return nullptr;
+    if (interfacePin->getParentGraphNodePinPtr() != nullptr) interfacePin->wasPairedAgain_ = true;
     compoundPin->setChildGraphNodePinPtr(interfacePin);
     interfacePin->setParentGraphNodePinPtr(compoundPin);
     return compoundPin;
@@ -924,14 +953,36 @@ unsigned int GraphScene::getFreeNodeId()
 
 KS_String GraphScene::getFreeNodeName(KS_String const& ownerFullName, KS_String const& baseName)
 {
-    FullNameWalk walk(*this, dottedName(ownerFullName, baseName));
-    FullNameWalk* const outerWalk = std::exchange(currentWalk_.value, &walk);
-    ScopeExit const endWalk([this, outerWalk] { currentWalk_.value = outerWalk; });
+    if (hasPlainNames()) return freePlainNodeName(ownerFullName, baseName);
+    FullNameWalk walk(*registry_, dottedName(ownerFullName, baseName));
+    FullNameWalk* const outerWalk = std::exchange(registry_->currentWalk, &walk);
+    ScopeExit const endWalk([this, outerWalk] { registry_->currentWalk = outerWalk; });
     for (int number = 1;; ++number)
     {
         KS_String name = numberedName(cText(baseName), 2, number);
         if (getNodePtrByFullName(dottedName(ownerFullName, name)) == nullptr) return name;
     }
+}
+
+// Whether a look-up by full name asks nobody, and nobody can notice one.
+bool GraphScene::hasPlainNames() const
+{
+    NodeNames& names = registry_->nodeNames;
+    return isPlain(*this) && (rootNode_ == nullptr || hasPlainFullName(*rootNode_)) &&
+           names.isReady(registry_->nodesById) && names.asked().size() == 0;
+}
+
+KS_String GraphScene::freePlainNodeName(KS_String const& ownerFullName, KS_String const& baseName) const
+{
+    NodeNames& names = registry_->nodeNames;
+    auto const isTaken = [&names](std::string_view fullName) { return names.findPlain(fullName) != nullptr; };
+    NumberedNames candidates(dottedName(ownerFullName, baseName));
+    int number = names.freeNumbers().firstFree(candidates, 1, isTaken);
+    // The root node need not be registered.
+    if (rootNode_ != nullptr)
+        while (FullNameText(*rootNode_).view() == candidates.with(number) || isTaken(candidates.with(number)))
+            ++number;
+    return numberedName(cText(baseName), 2, number);
 }
 
 KS_String GraphScene::getFreeNodeCompoundName(KS_String const& ownerFullName)
@@ -947,11 +998,11 @@ KS_String GraphScene::getFreeInterfaceNodeName(KS_String const& ownerFullName, P
 
 KS_String GraphScene::getFreePinName(KS_String const& nodeFullName, KS_String const& baseName)
 {
-    auto const isTaken = [&](KS_String const& name)
-    { return getPinPtrByFullName(dottedName(nodeFullName, name)) != nullptr; };
-    KS_String name(cText(baseName));
-    for (int number = 1; isTaken(name); ++number) name = numberedName(cText(baseName), 2, number);
-    return name;
+    auto const isTaken = [this](std::string_view name)
+    { return registry_->pinsByFullName.find(name) != nullptr; };
+    NumberedNames candidates(dottedName(nodeFullName, baseName));
+    int const number = registry_->freePinNumbers.firstFree(candidates, 0, isTaken);
+    return number == 0 ? KS_String(cText(baseName)) : numberedName(cText(baseName), 2, number);
 }
 
 // ---- Making and registering pins ----
@@ -983,7 +1034,7 @@ GraphNodePin* GraphScene::createNewPin(GraphNodeBase* node, unsigned int const& 
             delete pin;
         });
     node->addNodePin(pin);
-    insertPinInMapByFullName(pin->getFullName(), pin);
+    insertUnderFullName(*pin);
     discard.dismiss();
     isDirty_ = true;
     return pin;
@@ -999,7 +1050,7 @@ bool GraphScene::addNodePin(GraphNodePin* pin)
         {
             if (isNew) removePinFromMapById(pin->getId());
         });
-    insertPinInMapByFullName(pin->getFullName(), pin);
+    insertUnderFullName(*pin);
     unregister.dismiss();
     return true;
 }
@@ -1043,9 +1094,9 @@ bool GraphScene::addNodePins(GraphNodeBase* node, ArrayOfPtr<GraphNodePin, KS_NO
 bool GraphScene::removeNodePin(GraphNodePin* pin)
 {
     if (pin == nullptr) return false;
-    KS_String const fullName = pin->getFullName();
+    FullNameText const fullName(*pin);
     removePinFromMapById(pin->getId());
-    removePinFromMapByFullName(fullName);
+    eraseFullName(fullName.view());
     return true;
 }
 
@@ -1087,7 +1138,18 @@ void GraphScene::endPin(GraphNodePin* pin)
     GraphNodePin* const parent = pin->getParentGraphNodePinPtr();
     if (parent != nullptr && parent->getChildGraphNodePinPtr() == pin)
         parent->setChildGraphNodePinPtr(nullptr);
+    if (pin->wasPairedAgain_) leaveFormerParents(*pin);
     delete pin;
+}
+
+// A second pairing leaves the first compound pin with a link to the interface pin.
+void GraphScene::leaveFormerParents(GraphNodePin const& pin)
+{
+    registry_->pinsById.forEach(
+        [&pin](unsigned int, GraphNodePin* other)
+        {
+            if (other->getChildGraphNodePinPtr() == &pin) other->setChildGraphNodePinPtr(nullptr);
+        });
 }
 
 // ---- Wiring ----
@@ -1165,7 +1227,7 @@ void GraphScene::enter(GraphConnection* connection, GraphNodePin* source, GraphN
             source->removeOutputConnection(connection);
             takeOutOfArray(connection);
         });
-    if (arrayIndex_.value) arrayIndex_.value->added(graphConnections_, graphConnections_.size() - 1);
+    if (registry_->arrayIndex) registry_->arrayIndex->added(graphConnections_, graphConnections_.size() - 1);
     source->addOutputConnection(connection);
     target->addInputConnection(connection);
     if (useAdjacencyMap_) addConnectionToAdjacencyMaps(connection);
@@ -1252,30 +1314,30 @@ void GraphScene::takeOutOfArray(GraphConnection* connection)
     unsigned int const position = positionInArray(connection);
     if (position == graphConnections_.npos) return;
     graphConnections_.removeFastAt(position);
-    if (arrayIndex_.value) arrayIndex_.value->removed(graphConnections_, connection, position);
+    if (registry_->arrayIndex) registry_->arrayIndex->removed(graphConnections_, connection, position);
 }
 
 // The host may have moved the connection: then a search finds it, and the next removal makes a new index.
 unsigned int GraphScene::positionInArray(GraphConnection const* connection)
 {
     prepareArrayIndex();
-    if (arrayIndex_.value)
+    if (registry_->arrayIndex)
     {
-        unsigned int const noted = arrayIndex_.value->find(graphConnections_, connection);
+        unsigned int const noted = registry_->arrayIndex->find(graphConnections_, connection);
         if (noted < graphConnections_.size() && graphConnections_[noted] == connection) return noted;
     }
     unsigned int const found = graphConnections_.find(connection);
-    if (found != graphConnections_.npos) arrayIndex_.value.reset();
+    if (found != graphConnections_.npos) registry_->arrayIndex.reset();
     return found;
 }
 
 void GraphScene::prepareArrayIndex()
 {
-    if (graphConnections_.size() < ConnectionIndex::longList / 2) arrayIndex_.value.reset();
-    if (arrayIndex_.value || graphConnections_.size() < ConnectionIndex::longList) return;
+    if (graphConnections_.size() < ConnectionIndex::longList / 2) registry_->arrayIndex.reset();
+    if (registry_->arrayIndex || graphConnections_.size() < ConnectionIndex::longList) return;
     try
     {
-        arrayIndex_.value = std::make_unique<ConnectionIndex>(graphConnections_);
+        registry_->arrayIndex = std::make_unique<ConnectionIndex>(graphConnections_);
     }
     catch (std::bad_alloc const&)
     {
@@ -1285,7 +1347,7 @@ void GraphScene::prepareArrayIndex()
 
 void GraphScene::setGraphConnections(ArrayOfPtr<GraphConnection, KS_NO> const& connections)
 {
-    arrayIndex_.value.reset();
+    registry_->arrayIndex.reset();
     graphConnections_ = connections;
 }
 
@@ -1306,19 +1368,15 @@ void GraphScene::countInAdjacencyMap(GraphConnection const* connection, int chan
     GraphNodeBase const* const source = connection != nullptr ? connection->getSourceNode() : nullptr;
     GraphNodeBase const* const target = connection != nullptr ? connection->getTargetNode() : nullptr;
     if (source == nullptr || target == nullptr) return;
-    ConnectionCounts& counts = adjacencyMap_[source->getId()][target->getId()];
-    counts.all += change;
-    if (!connection->isImplicit()) counts.notImplicit += change;
+    registry_->adjacency.change(source->getId(), target->getId(), change,
+                                connection->isImplicit() ? 0 : change);
 }
 
 int GraphScene::countInAdjacencyMap(GraphNodeBase const* source, GraphNodeBase const* target,
                                     bool includeImplicit) const
 {
     if (source == nullptr || target == nullptr) return 0;
-    auto const targets = adjacencyMap_.find(source->getId());
-    if (targets == adjacencyMap_.end()) return 0;
-    auto const counts = targets->second.find(target->getId());
-    return counts != targets->second.end() ? chosen(counts->second, includeImplicit) : 0;
+    return registry_->adjacency.count(source->getId(), target->getId(), includeImplicit);
 }
 
 bool GraphScene::isConnectionInAdjacencyMap(GraphNodeBase const* a, GraphNodeBase const* b,
@@ -1332,31 +1390,14 @@ bool GraphScene::nodeHasConnectionsInAdjacencyMapAsSource(GraphNodeBase const* n
                                                           bool const& includeImplicit,
                                                           bool const& ignoreSelf) const
 {
-    if (node == nullptr) return false;
-    unsigned int const id = node->getId();
-    auto const targets = adjacencyMap_.find(id);
-    if (targets == adjacencyMap_.end()) return false;
-    return std::any_of(targets->second.begin(), targets->second.end(),
-                       [&](auto const& target) {
-                           return chosen(target.second, includeImplicit) > 0 &&
-                                  !(ignoreSelf && target.first == id);
-                       });
+    return node != nullptr && registry_->adjacency.isSource(node->getId(), includeImplicit, ignoreSelf);
 }
 
 bool GraphScene::nodeHasConnectionsInAdjacencyMapAsTarget(GraphNodeBase const* node,
                                                           bool const& includeImplicit,
                                                           bool const& ignoreSelf) const
 {
-    if (node == nullptr) return false;
-    unsigned int const id = node->getId();
-    return std::any_of(adjacencyMap_.begin(), adjacencyMap_.end(),
-                       [&](auto const& source)
-                       {
-                           if (ignoreSelf && source.first == id) return false;
-                           auto const counts = source.second.find(id);
-                           return counts != source.second.end() &&
-                                  chosen(counts->second, includeImplicit) > 0;
-                       });
+    return node != nullptr && registry_->adjacency.isTarget(node->getId(), includeImplicit, ignoreSelf);
 }
 
 bool GraphScene::nodeHasConnectionsInAdjacencyMap(GraphNodeBase const* node, bool const& includeImplicit,

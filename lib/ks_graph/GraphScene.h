@@ -14,13 +14,16 @@
 
 #include <map>
 #include <memory>
-#include <utility>
-#include <vector>
+#include <string_view>
 
 namespace kestrel::graph
 {
 
-class ConnectionIndex;
+template <class T>
+class IdMap;
+struct PinRename;
+struct PinRenames;
+struct SceneRegistry;
 
 /// One graph: the registry of its nodes and pins, its connections, the rules and factories of wiring, and the
 /// moves into and out of compounds.
@@ -101,10 +104,12 @@ public:
     virtual GraphNodeBase* getNodePtrById(unsigned int const& id) const;
 
     /// The root node if its full name is `name`, registered or not; else the first registered node of that
-    /// full name, by ascending id; else null. Asks each node for its `getFullName()`: linear, with the depth
-    /// of each.
+    /// full name, by ascending id; else null. Constant on average, with the depth, for nodes whose names are
+    /// read (`declarePlainNames`); each node of another class that comes before the one that is found is
+    /// asked for its `getFullName()`.
     virtual GraphNodeBase* getNodePtrByFullName(KS_String const& name) const;
 
+    /// False for 0xFFFFFFFF, too.
     virtual bool hasGraphNodeWithId(unsigned int const& id) const;
 
     /// Every compound, from the root node down, each before what is in it. Nodes that are not compounds are
@@ -263,6 +268,7 @@ public:
     virtual Color4<float> getColorFromNodeType(KS_String const& type) const;
     /// By the node's `getType()`; the default colour for null.
     virtual Color4<float> getColorFromNodeType(GraphNodeBase* node) const;
+    /// Whether the table has the type, whatever the case of its letters.
     virtual bool hasColorForNodeType(KS_String const& type) const;
     /// @}
 
@@ -486,6 +492,7 @@ public:
     virtual bool removeConnectionsWithNode(unsigned int const& id);
     /// Implicit ones included. Linear in their number.
     virtual void removeConnectionsWithPin(GraphNodePin const* pin);
+    /// Those that `getConnectionsBetweenNodes` gathers, each once.
     virtual void removeConnectionsBetweenNodes(GraphNodeBase const* a, GraphNodeBase const* b,
                                                bool const& bothDirections, bool const& includeImplicit);
     /// Fires `removeConnectionCallback_`, takes the connection out of the array (the last one moves into its
@@ -583,6 +590,7 @@ public:
     void setMessages(MessageHandler const& messages) { messages_ = messages; }
     /// @}
 
+    /// The number of the scene in the process, from 1; that of its source for a copy.
     unsigned int const& getId() const { return id_; }
 
     /// @name What the host's last paste or import made; kept for it, emptied by `clear`
@@ -625,7 +633,6 @@ protected:
                                     bool const& includeImplicit, bool const& eitherDirection) const;
     bool nodeHasConnectionsInAdjacencyMapAsSource(GraphNodeBase const* node, bool const& includeImplicit,
                                                   bool const& ignoreSelf) const;
-    /// Linear in the number of source nodes.
     bool nodeHasConnectionsInAdjacencyMapAsTarget(GraphNodeBase const* node, bool const& includeImplicit,
                                                   bool const& ignoreSelf) const;
     bool nodeHasConnectionsInAdjacencyMap(GraphNodeBase const* node, bool const& includeImplicit,
@@ -643,41 +650,21 @@ private:
     friend class GraphNodeBase;
     friend class GraphNodePin;
 
-    // Connections from one node to another. Only a count above 0 is a connection.
-    struct ConnectionCounts
-    {
-        int all = 0;
-        int notImplicit = 0;
-    };
-
-    class FullNameWalk;
-
-    // Serves one scene; a copy starts without.
-    template <class T>
-    struct NotCopied
-    {
-        NotCopied() = default;
-        NotCopied(NotCopied const&) {}
-        NotCopied& operator=(NotCopied const&)
-        {
-            value = T();
-            return *this;
-        }
-
-        T value = T();
-    };
-
-    // Pins' old and new full names.
-    using PinRenames = std::vector<std::pair<KS_String, KS_String>>;
-
-    void rekeyPin(KS_String const& oldFullName, KS_String&& newFullName) noexcept;
     void rekeyPins(PinRenames& renames) noexcept;
-    void rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullName, KS_String const& newFullName);
+    void rekeyPin(PinRename&& rename) noexcept;
+    void rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullName, std::string_view newFullName);
     static PinRenames pinRenamesBelow(GraphNodeBase const* node, KS_String const& oldFullName,
-                                      KS_String const& newFullName);
+                                      std::string_view newFullName);
+    void insertUnderFullName(GraphNodePin& pin);
+    void eraseFullName(std::string_view name);
+    bool hasPlainNames() const;
+    GraphNodeBase* findAsked(IdMap<GraphNodeBase> const& nodes, KS_String const& fullName,
+                             GraphNodeBase* plain) const;
+    KS_String freePlainNodeName(KS_String const& ownerFullName, KS_String const& baseName) const;
     void gatherConnections(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes, bool skipInterfaces,
                            bool includeImplicit, ArrayOfPtr<GraphConnection, KS_NO>& out) const;
     void endPin(GraphNodePin* pin);
+    void leaveFormerParents(GraphNodePin const& pin);
     void unregisterId(GraphNodePin const& pin);
     void swapState(GraphScene& other) noexcept;
     void removeEach(ArrayOfPtr<GraphConnection, KS_NO>& connections);
@@ -689,9 +676,7 @@ private:
     int countInAdjacencyMap(GraphNodeBase const* source, GraphNodeBase const* target,
                             bool includeImplicit) const;
 
-    std::map<unsigned int, GraphNodeBase*> nodesById_;
-    std::map<unsigned int, GraphNodePin*> pinsById_;
-    std::map<KS_String, GraphNodePin*> pinsByFullName_;
+    std::unique_ptr<SceneRegistry> registry_;
     ArrayOfPtr<GraphConnection, KS_NO> graphConnections_;
     bool allowDuplicatedConnections_ = true;
     bool allowLoops_ = true;
@@ -706,19 +691,11 @@ protected:
     std::map<KS_String, Color4<float>> nodeColorMap_;
 
 private:
-    // By source id and target id; both counts of a pair in one place. Entries are never erased but by clear.
-    std::map<unsigned int, std::map<unsigned int, ConnectionCounts>> adjacencyMap_;
     bool useAdjacencyMap_ = true;
     ArrayOfPtr<GraphNodeBase, KS_NO> lastImportedNodes_;
     ArrayOfPtr<GraphConnection, KS_NO> lastImportedConnections_;
     bool clearing_ = false;
     unsigned int lastFreeNodeId_ = 1;
-    // Of the free node name that is being looked for.
-    NotCopied<FullNameWalk*> currentWalk_;
-    // Counts the changes of nodes, of their ids and their names.
-    unsigned int registryVersion_ = 0;
-    // Of the connection array; made by the first removal from a long one.
-    NotCopied<std::unique_ptr<ConnectionIndex>> arrayIndex_;
 };
 
 } // namespace kestrel::graph

@@ -34,6 +34,7 @@ namespace kestrel::graph
 class KS_GRAPH_API GraphSettings : public KS_Class
 {
 public:
+    /// All three are short names for types of properties.
     using Color = Color4<float>;
     using FloatPair = Tuple2<float, float>;
     using IntPair = Tuple2<int, int>;

@@ -19,7 +19,9 @@ class KS_GRAPH_API Message
 public:
     /// Level 4 (info), no title, no content, the time now.
     Message();
+    /// No content, the time now.
     Message(int const& level, KS_String const& title);
+    /// The time now.
     Message(int const& level, KS_String const& title, KS_String const& content);
     Message(Message const&) = default;
     Message(Message&&) noexcept = default;
@@ -28,14 +30,17 @@ public:
 
     virtual ~Message();
 
+    /// Any number is kept.
     int const& getLevel() const { return level_; }
     int& refLevel() { return level_; }
     void setLevel(int const& level) { level_ = level; }
 
+    /// What the message is about, in short.
     KS_String const& getTitle() const { return title_; }
     KS_String& refTitle() { return title_; }
     void setTitle(KS_String const& title) { title_ = title; }
 
+    /// The message itself.
     KS_String const& getContent() const { return content_; }
     KS_String& refContent() { return content_; }
     void setContent(KS_String const& content) { content_ = content; }
@@ -45,6 +50,7 @@ public:
     std::int64_t& refTime() { return time_; }
     void setTime(std::int64_t const& time) { time_ = time; }
 
+    /// All five compare the level with their one number.
     bool isCritical() const { return level_ == 1; }
     bool isError() const { return level_ == 2; }
     bool isWarning() const { return level_ == 3; }
@@ -93,6 +99,7 @@ public:
     MessageHandler* getParent() const { return parent_; }
     void setParent(MessageHandler* parent) { parent_ = parent; }
 
+    /// In the order in which they were added.
     Array<Message, _Wa> const& getMessages() const { return messages_; }
     Array<Message, _Wa>& refMessages() { return messages_; }
 
@@ -116,6 +123,7 @@ public:
     /// Drops every message; the memory for them is kept for the next ones.
     void clear() { messages_.setSize(0); }
 
+    /// All messages count, whatever their level.
     bool isEmpty() const { return messages_.isEmpty(); }
     int getNumberOfMessages() const { return static_cast<int>(messages_.size()); }
 

@@ -13,22 +13,21 @@ void appendDotted(KS_String& fullName, KS_String const& name)
     if (owner.size() != fullName.length()) fullName = KS_String(owner);
     std::size_t const length = owner.size() + 1 + cText(name).size();
     std::size_t const spare = length > longText ? length / 2 : 0;
+    // coverage: a name of 4 GiB
     if (length >= fullName.capacity() && length + spare < KS_String::npos)
         fullName.reserve(static_cast<unsigned int>(length + 1 + spare));
     fullName += ".";
     fullName += name.c_str();
 }
 
-bool equalIgnoringCase(KS_String const& a, KS_String const& b)
+bool equalIgnoringCase(std::string_view a, std::string_view b)
 {
     auto const sameLetter = [](char x, char y)
     {
         return x == y ||
                std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
     };
-    std::string_view const left = cText(a);
-    std::string_view const right = cText(b);
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), sameLetter);
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), sameLetter);
 }
 
 int trailingDigits(std::string_view text)
@@ -39,9 +38,17 @@ int trailingDigits(std::string_view text)
 
 KS_String numberedName(std::string_view stem, int width, int number)
 {
-    KS_String digits;
-    digits.format("%0*d", width, number);
-    return KS_String::concatenated({stem, digits});
+    std::string name(stem);
+    appendNumber(name, width, number);
+    return KS_String(name);
+}
+
+void appendNumber(std::string& text, int width, int number)
+{
+    std::string const digits = std::to_string(number);
+    if (digits.size() < static_cast<std::size_t>(width))
+        text.append(static_cast<std::size_t>(width) - digits.size(), '0');
+    text += digits;
 }
 
 } // namespace kestrel::graph

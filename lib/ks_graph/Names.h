@@ -4,6 +4,7 @@
 
 #include <foundation/KS_String.h>
 
+#include <string>
 #include <string_view>
 
 namespace kestrel::graph
@@ -25,10 +26,13 @@ inline KS_String dottedName(KS_String const& owner, KS_String const& name)
 void appendDotted(KS_String& fullName, KS_String const& name);
 
 /// Whether the two are equal after the runtime's `tolower`, byte by byte.
-bool equalIgnoringCase(KS_String const& a, KS_String const& b);
+bool equalIgnoringCase(std::string_view a, std::string_view b);
 
 /// "<stem><number>", the number padded with zeros to `width` digits. The stem is a text, never a format.
 KS_String numberedName(std::string_view stem, int width, int number);
+
+/// Appends the number, padded with zeros to `width` digits.
+void appendNumber(std::string& text, int width, int number);
 
 /// How many of the bytes at the end of the text are decimal digits.
 int trailingDigits(std::string_view text);

@@ -2,21 +2,38 @@
 /// Internal: "is it in the list?" at a cost that does not grow with the list.
 #pragma once
 
+#include "FlatTable.h"
+#include "Hashing.h"
+
 #include <foundation/ArrayOfPtr.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <unordered_set>
+#include <cstdint>
+#include <utility>
 
 namespace kestrel::graph
 {
 
-/// A set of pointers that compares the first few one by one and hashes from then on: most lists of a graph
-/// are short, and a few are very long.
+/// A set of pointers that compares the first few one by one and looks the others up by hash: most lists of a
+/// graph are short, and a few are very long.
 template <class T>
 class PointerSet
 {
+    struct Entry
+    {
+        T const* pointer = nullptr;
+
+        bool isFree() const { return pointer == nullptr; }
+        std::uint64_t hash() const { return hashOf(pointer); }
+    };
+
+    static auto isOf(T const* pointer)
+    {
+        return [pointer](Entry const& entry) { return entry.pointer == pointer; };
+    }
+
 public:
     PointerSet() = default;
 
@@ -28,30 +45,49 @@ public:
     /// False when it was there already.
     bool insert(T const* pointer)
     {
-        if (!many_.empty()) return many_.insert(pointer).second;
         if (contains(pointer)) return false;
         if (numberOfFew_ < few_.size())
         {
             few_[numberOfFew_++] = pointer;
             return true;
         }
-        many_.insert(few_.begin(), few_.end());
-        return many_.insert(pointer).second;
+        if (pointer == nullptr) return !std::exchange(holdsNull_, true);
+        many_.reserveOneMore();
+        many_.insert({pointer});
+        return true;
     }
 
-    bool isEmpty() const { return numberOfFew_ == 0; }
+    /// False when it was not there.
+    bool erase(T const* pointer)
+    {
+        auto const end = few_.begin() + static_cast<std::ptrdiff_t>(numberOfFew_);
+        auto const place = std::find(few_.begin(), end, pointer);
+        if (place != end)
+        {
+            *place = few_[--numberOfFew_];
+            return true;
+        }
+        if (pointer == nullptr) return std::exchange(holdsNull_, false);
+        Entry* const entry = many_.find(hashOf(pointer), isOf(pointer));
+        if (entry != nullptr) many_.erase(entry);
+        return entry != nullptr;
+    }
+
+    bool isEmpty() const { return numberOfFew_ == 0 && !holdsNull_ && many_.isEmpty(); }
 
     bool contains(T const* pointer) const
     {
-        if (!many_.empty()) return many_.count(pointer) != 0;
         auto const end = few_.begin() + static_cast<std::ptrdiff_t>(numberOfFew_);
-        return std::find(few_.begin(), end, pointer) != end;
+        if (std::find(few_.begin(), end, pointer) != end) return true;
+        if (pointer == nullptr) return holdsNull_;
+        return many_.find(hashOf(pointer), isOf(pointer)) != nullptr;
     }
 
 private:
-    std::array<T const*, 16> few_{};
+    std::array<T const*, 8> few_{};
     std::size_t numberOfFew_ = 0;
-    std::unordered_set<T const*> many_;
+    FlatTable<Entry> many_;
+    bool holdsNull_ = false;
 };
 
 /// Keeps the first of each.

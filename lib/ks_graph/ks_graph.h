@@ -10,3 +10,4 @@
 #include <ks_graph/GraphScene.h>
 #include <ks_graph/GraphSettings.h>
 #include <ks_graph/Message.h>
+#include <ks_graph/PlainNames.h>

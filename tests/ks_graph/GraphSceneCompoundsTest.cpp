@@ -649,4 +649,25 @@ TEST(SceneCompounds, TwoThousandLevelsAreWalked)
     EXPECT_EQ(below[levels - 1], owner);
 }
 
+// The first compound pin keeps a link to the interface pin, which is gone with the second one by then.
+TEST(SceneCompounds, AnInterfacePinThatWasPairedTwiceCanBeRemoved)
+{
+    TestGraph<> graph;
+    GraphNodeBase* outer = nullptr;
+    GraphNodeBase* inner = nullptr;
+    GraphNodePin* compoundPin = nullptr;
+    GraphNodePin* interfacePin = nullptr;
+    graph.scene.addCompoundInterfaceNode(PIN_OUTPUT, &graph.root, outer, compoundPin, interfacePin);
+    graph.scene.addCompoundInterfaceNode(PIN_INPUT, outer, inner, compoundPin, interfacePin);
+    GraphNodePin const* const second = graph.scene.createCompoundPinForInterfacePin(interfacePin);
+    EXPECT_EQ(interfacePin->getParentGraphNodePinPtr(), second);
+    EXPECT_EQ(compoundPin->getChildGraphNodePinPtr(), interfacePin);
+
+    EXPECT_TRUE(graph.scene.removeNodeFromGraph(outer));
+    EXPECT_TRUE(outer->getNodePins().isEmpty());
+    EXPECT_TRUE(graph.root.getNodePins().isEmpty());
+    delete inner;
+    delete outer;
+}
+
 } // namespace kestrel::graph::test
