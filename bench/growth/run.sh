@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Measures how the costs of the library grow with the graph, and draws them:
+#   bench/growth/run.sh [NODES...]    graphs of that many nodes, of 1000 10000 100000 1000000; all without any
+# Builds the program and runs it on one core. What was measured stays in build/bench/growth: results.json, and the
+# picture as performance.svg. CORE and REPEATS choose the core (1) and how often each workload runs (3).
+set -euo pipefail
+
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+root=$(cd "$here/../.." && pwd)
+results=$root/build/bench/growth
+sizes=("$@")
+[ ${#sizes[@]} -gt 0 ] || sizes=(1000 10000 100000 1000000)
+
+source "$root/tools/require_packages.sh"
+require_packages g++ cmake ninja-build pkg-config python3 util-linux \
+    libbenchmark-dev libboost-graph-dev libgraphviz-dev liblemon-dev >&2
+
+build()
+{
+    mkdir -p "$results"
+    (cd "$root" && cmake --preset bench && cmake --build --preset bench --target bench_growth) \
+        >"$results/build.log" 2>&1 && return
+    cat "$results/build.log" >&2
+    exit 1
+}
+
+build
+taskset -c "${CORE:-1}" "$root/build/bench/bench/growth/bench_growth" \
+    --benchmark_filter="/($(IFS='|' && echo "${sizes[*]}"))/" --benchmark_repetitions="${REPEATS:-3}" \
+    --benchmark_out="$results/results.json" --benchmark_out_format=json >&2
+"$here/chart.py" "$results/results.json" >"$results/performance.svg"
+echo "The picture is $results/performance.svg"
