@@ -6,5 +6,6 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export WINEPREFIX=${KS_GRAPH_WINEPREFIX:-$root/build/wine}
 export WINEDEBUG=-all
+export LC_ALL=C.UTF-8 # Wine takes the names of files to be in the encoding of the locale
 mkdir -p "$WINEPREFIX"
 exec wine "$@"

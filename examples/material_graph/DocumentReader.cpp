@@ -1,11 +1,10 @@
 #include "DocumentReader.h"
 
+#include "FileNames.h"
 #include "GraphBuilder.h"
 #include "ReferenceWiring.h"
 #include "SourceDocument.h"
 #include "SourceFile.h"
-
-#include <filesystem>
 
 namespace material_graph
 {
@@ -18,7 +17,7 @@ std::string DocumentReader::readFile(std::string const& path)
     std::string text;
     std::string const unreadable = readWholeFile(path, text);
     if (!unreadable.empty()) return unreadable;
-    readText(std::filesystem::path(path).filename().string(), text);
+    readText(nameOf(pathOf(path).filename()), text);
     return {};
 }
 

@@ -1,6 +1,8 @@
 #include "LayoutFile.h"
 
+#include "FileNames.h"
 #include "OutputFile.h"
+#include "Platform.h"
 
 #include <foundation/FileStream.h>
 
@@ -61,8 +63,8 @@ std::string saveLayout(std::string const& path, GraphLayout const& layout)
 std::string loadLayout(std::string const& path, GraphLayout& layout)
 {
     std::error_code unknown;
-    if (std::filesystem::is_directory(path, unknown)) return "it is a directory";
-    File const file(std::fopen(path.c_str(), "rb"), &std::fclose);
+    if (std::filesystem::is_directory(pathOf(path), unknown)) return "it is a directory";
+    File const file(openFile(pathOf(path), "rb"), &std::fclose);
     if (!file) return std::strerror(errno);
     GraphLayout loaded;
     if (!readEither(file.get(), loaded)) return "it is damaged or no layout file";

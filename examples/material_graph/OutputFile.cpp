@@ -1,6 +1,7 @@
 #include "OutputFile.h"
 
-#include <unistd.h>
+#include "FileNames.h"
+#include "Platform.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -21,21 +22,14 @@ std::string lastError()
     return std::strerror(errno);
 }
 
-bool isRegular(fs::path const& path)
-{
-    std::error_code unknown;
-    return fs::is_regular_file(path, unknown);
-}
-
 // Devices and pipes cannot be synchronised; their flush is all there is.
 bool flushed(std::FILE* file, bool toDisk)
 {
-    return std::fflush(file) == 0 && (!toDisk || ::fsync(::fileno(file)) == 0);
+    return std::fflush(file) == 0 && (!toDisk || flushToDisk(file));
 }
 
-std::string writeInto(fs::path const& path, char const* mode, FileWriter const& write, bool toDisk)
+std::string writeInto(std::FILE* file, FileWriter const& write, bool toDisk)
 {
-    std::FILE* const file = std::fopen(path.c_str(), mode);
     if (file == nullptr) return lastError();
     bool const written = write(file) && flushed(file, toDisk);
     std::string error = written ? std::string() : lastError();
@@ -48,16 +42,32 @@ std::string takePlaceOf(fs::path const& target, fs::path const& sibling)
     std::error_code error;
     fs::file_status const old = fs::status(target, error);
     if (fs::exists(old)) fs::permissions(sibling, old.permissions(), error);
-    fs::rename(sibling, target, error);
-    return error ? error.message() : std::string();
+    return replaceFile(target, sibling);
 }
 
-std::string replaceFile(fs::path const& target, FileWriter const& write)
+// A file of this process's own. The name may be taken: a process of the same number, which was killed while
+// it saved, may have left one behind, or one of another machine may be saving to the same folder.
+std::FILE* createSibling(fs::path const& target, fs::path& sibling)
 {
-    if (isRegular(target) && ::access(target.c_str(), W_OK) != 0) return lastError();
-    fs::path const sibling =
-        target.parent_path() / (".material_graph." + std::to_string(::getpid()) + ".part");
-    std::string error = writeInto(sibling, "wbx", write, true);
+    constexpr int manyNames = 1000;
+    std::string const stem = ".material_graph." + std::to_string(processId());
+    for (int number = 1; number <= manyNames; ++number)
+    {
+        sibling = target.parent_path() /
+                  std::string(stem).append(".").append(std::to_string(number)).append(".part");
+        std::FILE* const file = createFile(sibling);
+        if (file != nullptr || errno != EEXIST) return file;
+    }
+    return nullptr;
+}
+
+std::string writeBeside(fs::path const& target, FileWriter const& write)
+{
+    if (!isWritable(target) && errno != ENOENT) return lastError();
+    fs::path sibling;
+    std::FILE* const file = createSibling(target, sibling);
+    if (file == nullptr) return lastError();
+    std::string error = writeInto(file, write, true);
     if (error.empty()) error = takePlaceOf(target, sibling);
     std::error_code ignored;
     if (!error.empty()) fs::remove(sibling, ignored);
@@ -68,11 +78,11 @@ std::string replaceFile(fs::path const& target, FileWriter const& write)
 
 std::string writeOutputFile(std::string const& path, FileWriter const& write)
 {
-    std::error_code noTarget;
-    fs::path const resolved = fs::canonical(path, noTarget);
-    fs::path const target = noTarget ? fs::path(path) : resolved;
-    if (noTarget || isRegular(target)) return replaceFile(target, write);
-    return writeInto(target, "wb", write, false);
+    Destination const target = destinationOf(pathOf(path));
+    std::error_code unknown;
+    if (fs::is_directory(target.path, unknown)) return "it is a directory";
+    if (target.isReplaceable) return writeBeside(target.path, write);
+    return writeInto(openFile(target.path, "wb"), write, false);
 }
 
 std::string writeOutputFile(std::string const& path, std::string_view text)

@@ -1,5 +1,7 @@
 #include "SourceFile.h"
 
+#include "FileNames.h"
+
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -13,9 +15,9 @@ namespace material_graph
 std::string readWholeFile(std::string const& path, std::string& content)
 {
     std::error_code unknown;
-    if (std::filesystem::is_directory(path, unknown)) return "it is a directory";
+    if (std::filesystem::is_directory(pathOf(path), unknown)) return "it is a directory";
     errno = 0;
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(pathOf(path), std::ios::binary);
     if (!file) return std::strerror(errno);
     content.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     if (file.bad()) return std::strerror(errno);
@@ -25,7 +27,7 @@ std::string readWholeFile(std::string const& path, std::string& content)
 bool isSameFile(std::string const& a, std::string const& b)
 {
     std::error_code notThere;
-    return std::filesystem::equivalent(a, b, notThere);
+    return std::filesystem::equivalent(pathOf(a), pathOf(b), notThere);
 }
 
 } // namespace material_graph

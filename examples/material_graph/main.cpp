@@ -1,6 +1,5 @@
 #include "CommandLine.h"
-
-#include <unistd.h>
+#include "Platform.h"
 
 #include <exception>
 #include <iostream>
@@ -10,9 +9,9 @@ int main(int argc, char** argv)
     using namespace material_graph;
     try
     {
-        Progress progress(::isatty(STDERR_FILENO) != 0 ? &std::cerr : nullptr);
-        std::vector<std::string> const arguments(argc > 0 ? argv + 1 : argv, argv + argc);
-        return static_cast<int>(runCommandLine(arguments, std::cout, std::cerr, progress));
+        prepareOutput();
+        Progress progress(isErrorTerminal() ? &std::cerr : nullptr);
+        return static_cast<int>(runCommandLine(programArguments(argc, argv), std::cout, std::cerr, progress));
     }
     catch (std::exception const& failure)
     {

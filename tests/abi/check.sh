@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Compares what the library offers to programs that were built against it with what is checked in here: the exported
-# symbols and, on Linux, the layouts and virtual tables of all types in its interface.
+# symbols and, on Linux, the layouts and virtual tables of all types in its interface. What the DLL for Windows needs
+# beside it has to be part of that system.
 #   tests/abi/check.sh linux             builds the library in build/abi, unoptimised, for its debug information
 #   tests/abi/check.sh windows           takes the DLL of build/windows
 #   tests/abi/check.sh SYSTEM --accept   makes the library's present state the one that is checked in
@@ -12,6 +13,7 @@ work=$root/build/abi
 system=$1
 accept=${2:-}
 library=$work/lib/libks_graph.so
+[ "$system" != windows ] || library=$root/build/windows/bin/ks_graph.dll
 
 tell_how_to_accept()
 {
@@ -34,7 +36,7 @@ build_for_linux()
 exported_symbols()
 {
     if [ "$system" = windows ]; then
-        x86_64-w64-mingw32-objdump -p "$root/build/windows/bin/ks_graph.dll" |
+        x86_64-w64-mingw32-objdump -p "$library" |
             sed -n 's/^\t*\[ *[0-9]*\] \(\+base\[ *[0-9]*\] [0-9a-f]* \)\{0,1\}\(_Z.*\)$/\2/p' | c++filt | LC_ALL=C sort
     else
         nm -D --defined-only "$library" | cut -d ' ' -f 2- | sed 's/^[WVu] /weak /; s/^[TBDR] //' | c++filt |
@@ -70,9 +72,21 @@ check_types()
     echo "abi: the types of $system are as they were"
 }
 
+check_imports()
+{
+    local expected="KERNEL32.dll msvcrt.dll" imported
+    imported=$(x86_64-w64-mingw32-objdump -p "$library" | sed -n 's/^\tDLL Name: //p' | LC_ALL=C sort | xargs)
+    if [ "$imported" != "$expected" ]; then
+        echo "FAILED: ${library##*/} needs $imported instead of just $expected." >&2
+        exit 1
+    fi
+    echo "abi: ${library##*/} needs no other libraries than $expected"
+}
+
 if [ "$system" = linux ]; then
     mkdir -p "$work"
     build_for_linux
     check_types
 fi
 check_symbols
+[ "$system" != windows ] || check_imports

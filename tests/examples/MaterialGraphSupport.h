@@ -4,14 +4,14 @@
 
 #include <material_graph/CommandLine.h>
 #include <material_graph/DocumentReader.h>
+#include <material_graph/FileNames.h>
 #include <material_graph/MaterialScene.h>
 #include <material_graph/Progress.h>
-
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -107,11 +107,10 @@ class Folder
 {
 public:
     Folder()
+        : path_(std::filesystem::temp_directory_path() /
+                ("material_graph_" + std::to_string(std::random_device{}())))
     {
-        std::string const name = "material_graph_" + std::string(6, 'X'); // the part that mkdtemp chooses
-        std::string pattern = (std::filesystem::temp_directory_path() / name).string();
-        if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-        path_ = pattern;
+        if (!std::filesystem::create_directory(path_)) throw std::runtime_error("no temporary folder");
     }
     ~Folder()
     {
@@ -121,11 +120,11 @@ public:
     Folder(Folder const&) = delete;
     Folder& operator=(Folder const&) = delete;
 
-    std::string file(std::string const& name) const { return (path_ / name).string(); }
+    std::string file(std::string const& name) const { return nameOf(path_ / pathOf(name)); }
 
     std::string write(std::string const& name, std::string const& text) const
     {
-        std::ofstream(file(name), std::ios::binary) << text;
+        std::ofstream(pathOf(file(name)), std::ios::binary) << text;
         return file(name);
     }
 
@@ -133,7 +132,7 @@ public:
     {
         std::vector<std::string> found;
         for (auto const& entry : std::filesystem::directory_iterator(path_))
-            found.push_back(entry.path().filename().string());
+            found.push_back(nameOf(entry.path().filename()));
         return found;
     }
 
@@ -143,7 +142,7 @@ private:
 
 inline std::string contentOf(std::string const& path)
 {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(pathOf(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 

@@ -1,4 +1,4 @@
-#include "MaterialGraphPictures.h"
+#include "examples/MaterialGraphPictures.h"
 
 #include <material_graph/TypeColors.h>
 

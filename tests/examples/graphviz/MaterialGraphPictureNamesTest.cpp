@@ -1,11 +1,10 @@
-#include "MaterialGraphPictures.h"
+#include "examples/MaterialGraphPictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace material_graph::test
@@ -17,7 +16,6 @@ namespace
 using kestrel::KS_String;
 using kestrel::graph::NoteDesc;
 using ::testing::HasSubstr;
-using ::testing::Not;
 
 std::vector<std::string> const strangeNames{
     "a<b>&c",
@@ -86,51 +84,6 @@ TEST_P(PictureOfName, TellsItWhole)
 TEST_P(PictureOfName, StandsInItsNode)
 {
     expectReadable(canvas_.picture());
-}
-
-TEST(SvgText, NumbersHaveAtMostTwoDecimalsAndNoZerosAtTheEnd)
-{
-    EXPECT_EQ(svgNumber(0.0f), "0");
-    EXPECT_EQ(svgNumber(-0.0f), "0");
-    EXPECT_EQ(svgNumber(-0.001f), "0");
-    EXPECT_EQ(svgNumber(1.5f), "1.5");
-    EXPECT_EQ(svgNumber(100.0f), "100");
-    EXPECT_EQ(svgNumber(-2.126f), "-2.13");
-    EXPECT_EQ(svgNumber(1e7f), "10000000");
-    EXPECT_EQ(svgPoint({1.25f, -3.0f}), "1.25 -3");
-}
-
-TEST(PrintableText, KeepsWhatXmlCanHold)
-{
-    for (char const* text : {"", "plain", "a\tb\nc", "<&>\"'", "\xC2\xA0", "\xC3\xA9", "\xE2\x82\xAC",
-                             "\xED\x9F\xBF", "\xEE\x80\x80", "\xF0\x9F\x8E\xA8", "\xF4\x8F\xBF\xBD"})
-        EXPECT_EQ(printable(text), text);
-}
-
-TEST(PrintableText, ReplacesWhatXmlCannotHold)
-{
-    std::string const replacement = "\xEF\xBF\xBD";
-    EXPECT_EQ(printable(std::string_view("a\0b", 3)), "a" + replacement + "b");
-    for (char const* text :
-         {"\x01", "\x1F", "\r", "\x7F", "\x80", "\xFF", "\xC3", "\xE2\x82", "\xC0\x80", "\xED\xA0\x80",
-          "\xE0\x80\x80", "\xF0\x80\x80\x80", "\xF4\x90\x80\x80", "\xEF\xBF\xBE", "\xEF\xBF\xBF"})
-    {
-        std::string const shown = printable("<" + std::string(text) + ">");
-        EXPECT_THAT(shown, HasSubstr(replacement)) << text;
-        EXPECT_THAT(shown, Not(HasSubstr(text))) << text;
-        EXPECT_EQ(shown, printable(shown));
-    }
-}
-
-TEST(PrintableText, LetterIsAsLongAsItsBytes)
-{
-    EXPECT_EQ(letterLength("ab"), 1u);
-    EXPECT_EQ(letterLength("\xC3\xA9x"), 2u);
-    EXPECT_EQ(letterLength("\xE2\x82\xAC"), 3u);
-    EXPECT_EQ(letterLength("\xF0\x9F\x8E\xA8"), 4u);
-    for (char const* none :
-         {"", "\x80", "\xC3", "\xE2\x82", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF"})
-        EXPECT_EQ(letterLength(none), 0u);
 }
 
 } // namespace

@@ -1,9 +1,8 @@
-#include "MaterialGraphSupport.h"
+#include "examples/MaterialGraphSupport.h"
 
 #include <material_graph/BoxArrangement.h>
 #include <material_graph/LevelPlacement.h>
 #include <material_graph/LevelShapes.h>
-#include <material_graph/Text.h>
 #include <material_graph/TextMetrics.h>
 
 #include <gmock/gmock.h>
@@ -16,7 +15,6 @@
 #include <optional>
 #include <random>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace material_graph::test
@@ -588,103 +586,6 @@ TEST(MaterialShapes, BadgeStandsForTheMessagesOfTheNodeAndAllBelow)
     EXPECT_EQ(messagesUnder(level.document.node("g")).size(), 2u);
     EXPECT_EQ(messagesUnder(level.document.node("g.second")).size(), 1u);
     EXPECT_EQ(messagesUnder(level.document.node("a")).size(), 0u);
-}
-
-/// @}
-
-/// @name Texts
-/// @{
-
-TEST(TextMetrics, WidthGrowsWithTheTextAndTheFont)
-{
-    EXPECT_EQ(textWidth("", 10.0f), 0.0f);
-    EXPECT_GT(textWidth("ab", 10.0f), textWidth("a", 10.0f));
-    EXPECT_NEAR(textWidth("ab", 10.0f), textWidth("a", 10.0f) + textWidth("b", 10.0f), rounding);
-    EXPECT_NEAR(textWidth("some text", 20.0f), 2 * textWidth("some text", 10.0f), rounding);
-    EXPECT_LT(textWidth("ill", 10.0f), textWidth("MWM", 10.0f));
-    EXPECT_FLOAT_EQ(linesHeight(3, 10.0f), 36.0f);
-}
-
-TEST(TextMetrics, LettersBeyondAsciiAreEachAsWideAsTheWidest)
-{
-    float widest = 0.0f;
-    for (char c = ' '; c < 127; ++c) widest = std::max(widest, textWidth(std::string(1, c), 10.0f));
-    for (char const* letter : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x8E\xA8"})
-        EXPECT_FLOAT_EQ(textWidth(letter, 10.0f), widest) << letter;
-}
-
-TEST(TextMetrics, TextIsBrokenBehindSpacesUnderscoresAndDots)
-{
-    float const width = textWidth("mmmm", 10.0f);
-    EXPECT_THAT(wrapped("mmm_mmm", 10.0f, width), ElementsAre("mmm_", "mmm"));
-    EXPECT_THAT(wrapped("mmm.mmm", 10.0f, width), ElementsAre("mmm.", "mmm"));
-    EXPECT_THAT(wrapped("mmm", 10.0f, width), ElementsAre("mmm"));
-    std::vector<std::string> const words = wrapped("mmm mmm", 10.0f, width);
-    ASSERT_EQ(words.size(), 2u);
-    EXPECT_TRUE(words[0].starts_with("mmm"));
-    EXPECT_EQ(words[1], "mmm");
-}
-
-TEST(TextMetrics, LongWordIsBrokenBetweenLetters)
-{
-    EXPECT_THAT(wrapped("mmmmmmmmm", 10.0f, textWidth("mmmm", 10.0f)), ElementsAre("mmmm", "mmmm", "m"));
-    std::string const euro = "\xE2\x82\xAC";
-    EXPECT_THAT(wrapped(euro + euro + euro, 10.0f, textWidth(euro + euro, 10.0f)),
-                ElementsAre(euro + euro, euro));
-}
-
-TEST(TextMetrics, LineFeedEndsALine)
-{
-    EXPECT_THAT(wrapped("a\nb", 10.0f, 100.0f), ElementsAre("a", "b"));
-    EXPECT_THAT(wrapped("a\n\nb", 10.0f, 100.0f), ElementsAre("a", "", "b"));
-}
-
-TEST(TextMetrics, WrappedTextIsNeverEmpty)
-{
-    EXPECT_EQ(wrapped("", 10.0f, 100.0f).size(), 1u);
-    EXPECT_EQ(wrapped("", 10.0f, 0.0f).size(), 1u);
-}
-
-std::string withoutSpaces(std::string text)
-{
-    std::erase(text, ' ');
-    return text;
-}
-
-std::size_t lettersIn(std::string_view text)
-{
-    std::size_t count = 0;
-    for (; letterLength(text) > 0; text.remove_prefix(letterLength(text))) ++count;
-    return count;
-}
-
-void expectWhole(std::vector<std::string> const& lines, std::string const& text)
-{
-    std::string all;
-    for (std::string const& line : lines) all += line;
-    EXPECT_EQ(withoutSpaces(all), withoutSpaces(text));
-}
-
-TEST(TextMetrics, WrappedTextIsWholeAndNoWiderThanItsRoomButForSingleLetters)
-{
-    for (std::string const& text :
-         {std::string("Running bond: every second row is shifted by half a brick."),
-          std::string("_leading.and_trailing_ "), std::string(300, 'W'), std::string("   "),
-          std::string("\xC3\xA9t\xC3\xA9 \xE2\x82\xAC\xE2\x82\xAC\xE2\x82\xAC \xF0\x9F\x8E\xA8")})
-        for (float width : {-1.0f, 0.0f, 3.0f, 25.0f, 60.0f, 1000.0f})
-        {
-            std::vector<std::string> const lines = wrapped(text, 10.0f, width);
-            for (std::string const& line : lines)
-                EXPECT_TRUE(textWidth(line, 10.0f) <= width + rounding || lettersIn(line) <= 1)
-                    << "'" << line << "' in " << width;
-            expectWhole(lines, text);
-        }
-}
-
-TEST(TextMetrics, WrappedBytesThatAreNoLettersStay)
-{
-    std::string const broken = "a\xFF\xC3(\xE2\x82 \x80";
-    for (float width : {0.0f, 25.0f, 1000.0f}) expectWhole(wrapped(broken, 10.0f, width), broken);
 }
 
 /// @}

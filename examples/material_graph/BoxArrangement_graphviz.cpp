@@ -6,7 +6,6 @@
 #include <charconv>
 #include <limits>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -103,7 +102,7 @@ std::vector<Point> arrangeBoxes(std::vector<Size> const& boxes, std::vector<BoxL
     for (BoxLink const& link : links) agedge(graph.get(), nodes[link.from], nodes[link.to], nullptr, 1);
 
     if (gvLayout(context.get(), graph.get(), "dot") != 0)
-        throw std::runtime_error("Graphviz cannot lay out the graph");
+        throw NoArrangement("Graphviz cannot lay out the graph");
     gvRender(context.get(), graph.get(), "dot", nullptr); // writes the positions into the attributes
     std::vector<Point> corners;
     for (std::size_t i = 0; i < boxes.size(); ++i)

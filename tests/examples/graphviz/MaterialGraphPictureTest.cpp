@@ -1,4 +1,4 @@
-#include "MaterialGraphPictures.h"
+#include "examples/MaterialGraphPictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
