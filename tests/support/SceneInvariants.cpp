@@ -1,24 +1,12 @@
 #include "SceneInvariants.h"
 
+#include "SceneInspector.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <map>
 #include <set>
 #include <utility>
-
-namespace kestrel::graph
-{
-
-/// The one view into the scene's private maps.
-struct SceneInspector
-{
-    static auto const& nodesById(GraphScene const& scene) { return scene.nodesById_; }
-    static auto const& pinsById(GraphScene const& scene) { return scene.pinsById_; }
-    static auto const& pinsByFullName(GraphScene const& scene) { return scene.pinsByFullName_; }
-    static auto const& adjacency(GraphScene const& scene) { return scene.adjacencyMap_; }
-};
-
-} // namespace kestrel::graph
 
 namespace kestrel::graph::test
 {
@@ -169,8 +157,12 @@ private:
             expect(entry.second->getId() == entry.first,
                    [&] { return describe(entry.second) + " is registered under another id"; });
         for (auto const& entry : SceneInspector::pinsByFullName(scene_))
+        {
             expect(pins_.count(entry.second) != 0 && entry.second->getFullName() == entry.first,
                    [&] { return "the key " + quoted(entry.first) + " leads to a pin of another name"; });
+            expect(scene_.getPinPtrByFullName(entry.first) == entry.second,
+                   [&] { return "the key " + quoted(entry.first) + " is not found"; });
+        }
     }
 
     void checkPairs()

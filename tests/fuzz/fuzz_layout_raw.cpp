@@ -1,0 +1,10 @@
+#include "LayoutFuzzing.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    kestrel::fuzz::testLayout<kestrel::FileStreamRaw>({reinterpret_cast<char const*>(data), size});
+    return 0;
+}
