@@ -16,10 +16,12 @@ constexpr std::size_t headerSize = alignof(std::max_align_t);
 static_assert(headerSize >= sizeof(std::size_t));
 
 std::atomic<long> living{0};
+std::atomic<long> made{0};
 std::atomic<std::size_t> livingBytes{0};
 std::atomic<std::size_t> peakBytes{0};
 std::atomic<long> untilFailure{0}; // 0: nothing fails
 std::atomic<bool> failsOnward{false};
+std::atomic<bool> hasFailed{false};
 
 bool failsNow()
 {
@@ -30,6 +32,7 @@ bool failsNow()
         return false;
     }
     if (!failsOnward) untilFailure = 0;
+    hasFailed = true;
     return true;
 }
 
@@ -40,6 +43,7 @@ void* allocate(std::size_t size) noexcept
     if (whole == nullptr) return nullptr;
     std::memcpy(whole, &size, sizeof size);
     ++living;
+    ++made;
     livingBytes += size;
     peakBytes = std::max(peakBytes.load(), livingBytes.load());
     return static_cast<char*>(whole) + headerSize;
@@ -104,6 +108,7 @@ namespace kestrel::graph::test
 
 FailAllocation::FailAllocation(long number, bool persistently)
 {
+    hasFailed = false;
     failsOnward = persistently;
     untilFailure = number;
 }
@@ -113,9 +118,19 @@ FailAllocation::~FailAllocation()
     untilFailure = 0;
 }
 
+bool FailAllocation::happened() const
+{
+    return hasFailed;
+}
+
 long livingAllocations()
 {
     return living;
+}
+
+long allocationsMade()
+{
+    return made;
 }
 
 PeakMemory::PeakMemory() : before_(livingBytes)

@@ -15,10 +15,16 @@ public:
     ~FailAllocation();
     FailAllocation(FailAllocation const&) = delete;
     FailAllocation& operator=(FailAllocation const&) = delete;
+
+    /// Whether an allocation has failed since it was made, also one whose failure nobody saw.
+    bool happened() const;
 };
 
 /// Allocations that have not been freed.
 long livingAllocations();
+
+/// Allocations since the program started.
+long allocationsMade();
 
 /// The most bytes that were allocated at one moment since it was made, beyond those that were then. Only the
 /// newest one tells.

@@ -192,6 +192,7 @@ public:
     GraphNodeBase* createNewInterfaceNode() override
     {
         calls.emplace_back("createNewInterfaceNode");
+        if (makesNoInterfaceNodes) return nullptr;
         if (!makesHostNodes) return GraphScene::createNewInterfaceNode();
         HostNode* const node = new HostNode(getFreeNodeId());
         node->setInterface(true);
@@ -216,6 +217,7 @@ public:
     {
         calls.push_back("createNewPin " + text(node) + " " + std::to_string(maxNumConnections) + " " +
                         std::to_string(direction.value()));
+        if (node == refusesPinsOf) return nullptr;
         return GraphScene::createNewPin(node, maxNumConnections, direction);
     }
 
@@ -280,7 +282,7 @@ public:
                         text(compound));
         bool const result = GraphScene::addCompoundInterfaceNode(direction, compound, interfaceNode,
                                                                  compoundPin, interfacePin);
-        interfaceNode->setType("host");
+        if (interfaceNode != nullptr) interfaceNode->setType("host");
         return result && !refusesPairs;
     }
 
@@ -355,6 +357,8 @@ public:
     bool makesHostNodes = false;
     bool makesHostPins = false;
     bool makesNoConnections = false;
+    bool makesNoInterfaceNodes = false;
+    GraphNodeBase const* refusesPinsOf = nullptr;
     bool refusesNodes = false;
     bool refusesPins = false;
     bool refusesPairs = false;
@@ -652,6 +656,65 @@ TEST(CompoundOverrides, HostThatRefusesPinsLeavesNullEntries)
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
+TEST(CompoundOverrides, HostThatMakesNoInterfaceNodeHasNoPair)
+{
+    OverrideGraph graph;
+    graph.scene.makesNoInterfaceNodes = true;
+    GraphNodeBase* node = &graph.a;
+    GraphNodePin* outerPin = graph.a.getPinByName("in");
+    GraphNodePin* innerPin = outerPin;
+    EXPECT_FALSE(graph.scene.addCompoundInterfaceNode(PIN_INPUT, &graph.compound, node, outerPin, innerPin));
+    EXPECT_EQ(node, nullptr);
+    EXPECT_EQ(outerPin, nullptr);
+    EXPECT_EQ(innerPin, nullptr);
+    EXPECT_THAT(graph.scene.callsOf({"addNodeToGraph", "createNewPin"}), IsEmpty());
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+TEST(CompoundOverrides, RecordWithoutInterfaceNodeServesNobody)
+{
+    OverrideGraph graph;
+    graph.wire(graph.a, graph.b);
+    graph.outputInterfaces.emplace(&graph.a, nullptr);
+    graph.moveIn({&graph.a});
+    ASSERT_EQ(graph.newInterfaceNodes.size(), 1u);
+    EXPECT_THAT(texts(graph.outer), ElementsAre("C.out > b.in"));
+    EXPECT_THAT(graph.outputInterfaces, ElementsAre(Pair(&graph.a, nullptr)));
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+TEST(CompoundOverrides, BoundaryWithoutInterfaceNodeCannotBeCrossed)
+{
+    OverrideGraph graph;
+    graph.wire(graph.a, graph.b);
+    graph.scene.makesNoInterfaceNodes = true;
+    EXPECT_TRUE(graph.moveIn({&graph.a}));
+    EXPECT_EQ(graph.a.getNodeOwner(), &graph.compound);
+    EXPECT_EQ(graph.removed.size(), 1u);
+    EXPECT_EQ(graph.scene.getNumberOfConnections(), 0u);
+    EXPECT_TRUE(graph.newInterfaceNodes.isEmpty());
+    EXPECT_THAT(graph.outputInterfaces, IsEmpty());
+    EXPECT_THAT(listed(graph.newCompoundPins), Each(nullptr));
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+TEST(CompoundOverrides, InterfacePinIsLeftAloneWhenTheHostRefusesTheCompoundPin)
+{
+    OverrideGraph graph;
+    graph.scene.refusesPinsOf = &graph.compound;
+    GraphNodeBase* node = nullptr;
+    GraphNodePin* outerPin = nullptr;
+    GraphNodePin* innerPin = nullptr;
+    EXPECT_FALSE(graph.scene.addCompoundInterfaceNode(PIN_INPUT, &graph.compound, node, outerPin, innerPin));
+    EXPECT_NE(node, nullptr);
+    EXPECT_EQ(outerPin, nullptr);
+    ASSERT_NE(innerPin, nullptr);
+    EXPECT_EQ(innerPin->getName(), "Untitled");
+    EXPECT_EQ(innerPin->getParentGraphNodePinPtr(), nullptr);
+    EXPECT_TRUE(graph.compound.getNodePins().isEmpty());
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
 // ---- the scene's wiring
 
 TEST(CompoundOverrides, MovesWireAndUnwireThroughTheHost)
@@ -838,6 +901,29 @@ TEST(CompoundOverrides, NodeThatStaysPutIsLedThroughTheBoundaryAllTheSame)
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
+TEST(CompoundOverrides, PinThatANodeGetsOnItsWayHasNoOldName)
+{
+    class GrowingNode : public TestNode
+    {
+    public:
+        void setNodeOwner(GraphNodeBase* owner) override
+        {
+            TestNode::setNodeOwner(owner);
+            if (grows) getGraphScene()->createNewPin(this, unlimited, PIN_INPUT)->setName("more");
+        }
+
+        bool grows = false;
+    };
+    OverrideGraph graph;
+    GrowingNode& node = graph.addNode<GrowingNode>("node");
+    graph.addInput(node);
+    node.grows = true;
+    graph.moveIn({&node});
+    EXPECT_NE(node.getPinByName("more"), nullptr);
+    EXPECT_THAT(graph.renames(), UnorderedElementsAre(Pair("root.C.node.in", "root.node.in")));
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
 TEST(CompoundOverrides, NewOwnerDecidesWhetherANameIsTakenAndWhatTheNodeIsCalledInstead)
 {
     OverrideGraph graph;
@@ -899,6 +985,21 @@ TEST(CompoundOverrides, NodeThatCallsItselfAnInterfaceIsNotMoved)
     EXPECT_THAT(listed(graph.scene.getGraphConnections()), ElementsAre(&connection));
     EXPECT_TRUE(graph.pinRenames.empty());
     graph.a.pretendsInterface = false;
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+TEST(CompoundOverrides, EndWithoutNodeHasNoOwnerInAMoveOut)
+{
+    OverrideGraph graph;
+    graph.a.setNodeOwner(&graph.compound);
+    GraphNodePin source(nullptr, unlimited, PIN_OUTPUT);
+    GraphNodePin target(nullptr, unlimited, PIN_INPUT);
+    graph.wire(source, *graph.a.getPinByName("in"));
+    graph.wire(*graph.a.getPinByName("out"), target);
+    graph.moveOut({&graph.a});
+    EXPECT_EQ(graph.a.getNodeOwner(), &graph.root);
+    EXPECT_EQ(graph.removed.size(), 2u);
+    EXPECT_EQ(graph.scene.getNumberOfConnections(), 0u);
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 

@@ -5,6 +5,7 @@
 
 #include "support/CallbackLog.h"
 #include "support/SceneInvariants.h"
+#include "support/SmallStack.h"
 #include "support/TestGraph.h"
 
 #include <gtest/gtest.h>
@@ -12,10 +13,6 @@
 #include <deque>
 #include <string>
 #include <vector>
-
-#if defined(__linux__)
-#include <pthread.h>
-#endif
 
 namespace kestrel::graph::test
 {
@@ -858,43 +855,10 @@ TEST(ConnectionIntoCompounds, ADirectLinkIsFoundBeforeAnyChildIsAsked)
 // -----------------------------------------------------------------------------------------------------------
 // Depth
 
-/// Runs the work on a stack of 1 MiB; the sanitizers, whose frames are several times as large, get more.
-template <class Work>
-void onASmallStack(Work work)
-{
-#if defined(__linux__)
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    constexpr std::size_t stackSize = std::size_t{16} << 20;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-    constexpr std::size_t stackSize = std::size_t{16} << 20;
-#else
-    constexpr std::size_t stackSize = std::size_t{1} << 20;
-#endif
-#else
-    constexpr std::size_t stackSize = std::size_t{1} << 20;
-#endif
-    pthread_attr_t attributes;
-    ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, stackSize), 0);
-    auto const run = [](void* argument) -> void*
-    {
-        (*static_cast<Work*>(argument))();
-        return nullptr;
-    };
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
-    ASSERT_EQ(pthread_join(thread, nullptr), 0);
-    pthread_attr_destroy(&attributes);
-#else
-    work();
-#endif
-}
-
 TEST(ConnectionDepth, LinksAreFoundTwoThousandLevelsDown)
 {
     NestedNodes nodes(2000);
-    onASmallStack(
+    onSmallStack(
         [&nodes]
         {
             EXPECT_TRUE(nodes.outwards.areNodesConnected(nodes.compound, nodes.b, true, false));
@@ -907,7 +871,7 @@ TEST(ConnectionDepth, LinksAreFoundTwoThousandLevelsDown)
 TEST(ConnectionDepth, NamesAreBuiltTwoThousandLevelsDown)
 {
     NestedNodes nodes(2000);
-    onASmallStack(
+    onSmallStack(
         [&nodes]
         {
             std::string path = "C";
@@ -924,7 +888,7 @@ TEST(ConnectionDepth, ARenameGoesUpThroughTwoThousandInterfacePins)
     node.setInterface(true);
     std::deque<GraphNodePin> pins(2000, GraphNodePin(&node, 1, PIN_INPUT));
     for (std::size_t i = 1; i < pins.size(); ++i) pins[i - 1].setParentGraphNodePinPtr(&pins[i]);
-    onASmallStack([&pins] { pins.front().setName("new"); });
+    onSmallStack([&pins] { pins.front().setName("new"); });
     EXPECT_EQ(pins.back().getName(), KS_String("new"));
 }
 

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <deque>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kestrel::graph::test
@@ -534,6 +536,27 @@ TEST(NodePinDestroying, PinThatStandsTwiceIsDeletedOnce)
     node.destroyNodePins();
     EXPECT_EQ(lines, (Lines{"delete twice", "delete other"}));
     EXPECT_TRUE(node.getNodePins().isEmpty());
+}
+
+TEST(NodePinDestroying, EndsWhenACallbackHasTakenTheRest)
+{
+    static GraphNodePin* rest = nullptr;
+    TestGraph<> graph;
+    TestNode& node = graph.addNode("node");
+    graph.addInput(node, "first");
+    GraphNodePin& last = graph.addInput(node, "last");
+    rest = &last;
+    GraphScene::removeNodePinCallback_ = [](GraphScene*, GraphNodeBase*, GraphNodePin* pin)
+    {
+        if (rest == nullptr || rest == pin) return;
+        GraphNodeBase* const owner = rest->getParentGraphNodePtr();
+        std::unique_ptr<GraphNodePin> const taken(std::exchange(rest, nullptr));
+        owner->removeNodePin(taken.get());
+    };
+    node.destroyNodePins();
+    GraphScene::removeNodePinCallback_ = nullptr;
+    EXPECT_TRUE(node.getNodePins().isEmpty());
+    EXPECT_EQ(rest, nullptr);
 }
 
 TEST(NodePinDestroying, NodeWithoutPinsIsLeftAlone)

@@ -1,12 +1,10 @@
 #include "support/SceneInvariants.h"
+#include "support/SmallStack.h"
 #include "support/TestGraph.h"
 
 #include <gtest/gtest.h>
 
-#include <pthread.h>
-
 #include <deque>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -124,40 +122,6 @@ struct MovableTree
     GraphNodePin& cOut = graph.addOutput(c);
     GraphNodePin& gOut = graph.addOutput(g);
 };
-
-/// A thread's stack as a host may have it. Sanitizers blow up the frames and get more.
-std::size_t smallStack()
-{
-    std::size_t const megabyte = 1024 * 1024;
-#if defined(__SANITIZE_ADDRESS__)
-    return 16 * megabyte;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer) || __has_feature(thread_sanitizer)
-    return 16 * megabyte;
-#else
-    return megabyte;
-#endif
-#else
-    return megabyte;
-#endif
-}
-
-void* runWork(void* work)
-{
-    (*static_cast<std::function<void()>*>(work))();
-    return nullptr;
-}
-
-void onSmallStack(std::function<void()> work)
-{
-    pthread_attr_t attributes;
-    ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, smallStack()), 0);
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes, &runWork, &work), 0);
-    EXPECT_EQ(pthread_join(thread, nullptr), 0);
-    EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
-}
 
 /// 2,000 nodes "n", each the only child of the one before, and a pin "in" on the last.
 struct DeepTree

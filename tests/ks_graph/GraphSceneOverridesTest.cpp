@@ -883,6 +883,64 @@ TEST_F(SceneOverridesThatDecide, NodeThatTheSceneHidesIsNotRemoved)
     EXPECT_EQ(0u, scene.getNumberOfConnections());
 }
 
+TEST(SceneOverrides, NodeThatTheSceneOnlyClaimsToHaveIsNotRemoved)
+{
+    class BoastingScene : public GraphScene
+    {
+    public:
+        bool hasGraphNodeWithId(unsigned int const&) const override { return true; }
+    };
+    TestGraph<BoastingScene> graph;
+    EXPECT_FALSE(graph.scene.removeNodeFromGraph(77u));
+    EXPECT_FALSE(graph.scene.getIsDirty());
+    EXPECT_EQ(1u, graph.scene.getNumberOfNodes());
+}
+
+TEST(SceneOverrides, NodesAreNotWiredWhenTheSceneOffersNoPinsForThem)
+{
+    class VagueScene : public GraphScene
+    {
+    public:
+        bool getConnectablePins(GraphNodeBase const*, GraphNodeBase const*, Pins& sources, Pins& targets,
+                                bool const&) const override
+        {
+            if (source != nullptr) sources.append(source);
+            if (target != nullptr) targets.append(target);
+            return true;
+        }
+
+        GraphNodePin* source = nullptr;
+        GraphNodePin* target = nullptr;
+    };
+    TestGraph<VagueScene> graph;
+    TestNode& a = graph.addFilter("a");
+    TestNode& b = graph.addFilter("b");
+    EXPECT_EQ(nullptr, graph.scene.connect(&a, &b, false));
+    graph.scene.source = a.getPinByName("out");
+    EXPECT_EQ(nullptr, graph.scene.connect(&a, &b, false));
+    graph.scene.source = nullptr;
+    graph.scene.target = b.getPinByName("in");
+    EXPECT_EQ(nullptr, graph.scene.connect(&a, &b, false));
+    EXPECT_EQ(0u, graph.scene.getNumberOfConnections());
+}
+
+TEST(SceneOverrides, PinThatTheSceneDoesNotRegisterIsNotAddedToTheNode)
+{
+    class RefusingScene : public GraphScene
+    {
+    public:
+        using GraphScene::addNodePin;
+
+        bool addNodePin(GraphNodePin*) override { return false; }
+    };
+    TestGraph<RefusingScene> graph;
+    GraphNodePin pin;
+    EXPECT_FALSE(graph.scene.addNodePin(&graph.root, &pin));
+    EXPECT_TRUE(graph.root.getNodePins().isEmpty());
+    EXPECT_EQ(nullptr, pin.getParentGraphNodePtr());
+    EXPECT_FALSE(graph.scene.getIsDirty());
+}
+
 TEST_F(SceneOverridesThatDecide, ChildThatTheSceneKeepsStaysRegistered)
 {
     TestNode& top = graph.addNode("top");

@@ -675,6 +675,37 @@ TEST_F(ScenePinPairs, RemovingAPlainPinSparesItsParentPin)
     EXPECT_SCENE_INVARIANTS(scene);
 }
 
+TEST_F(ScenePinPairs, RemovingAPlainPinLeavesItsPartnersWithoutOne)
+{
+    GraphNodePin parent;
+    GraphNodePin child;
+    TestNode& plain = graph.addNode("plain");
+    GraphNodePin& pin = graph.addInput(plain);
+    pin.setParentGraphNodePinPtr(&parent);
+    parent.setChildGraphNodePinPtr(&pin);
+    pin.setChildGraphNodePinPtr(&child);
+    child.setParentGraphNodePinPtr(&pin);
+    graph.scene.removeNodePinFromSceneAndNode(&pin);
+    EXPECT_EQ(parent.getChildGraphNodePinPtr(), nullptr);
+    EXPECT_EQ(child.getParentGraphNodePinPtr(), nullptr);
+}
+
+TEST_F(ScenePinPairs, RemovingAPlainPinSparesPartnersThatHaveAnotherOne)
+{
+    GraphNodePin parent;
+    GraphNodePin child;
+    GraphNodePin other;
+    TestNode& plain = graph.addNode("plain");
+    GraphNodePin& pin = graph.addInput(plain);
+    pin.setParentGraphNodePinPtr(&parent);
+    parent.setChildGraphNodePinPtr(&other);
+    pin.setChildGraphNodePinPtr(&child);
+    child.setParentGraphNodePinPtr(&other);
+    graph.scene.removeNodePinFromSceneAndNode(&pin);
+    EXPECT_EQ(parent.getChildGraphNodePinPtr(), &other);
+    EXPECT_EQ(child.getParentGraphNodePinPtr(), &other);
+}
+
 TEST_F(ScenePinRegistry, RemovingThePinsOfANodeRemovesThemInOrderAndSparesOthers)
 {
     newPin("one", &a);

@@ -595,6 +595,21 @@ TEST_F(SceneQueries, ConnectionsInvolvingOnlyNodesHaveBothEndsInTheList)
     EXPECT_SCENE_INVARIANTS(scene);
 }
 
+TEST_F(SceneQueries, EndWithoutNodeIsInNoList)
+{
+    GraphNodePin source(nullptr, unlimited, PIN_OUTPUT);
+    GraphNodePin target(nullptr, unlimited, PIN_INPUT);
+    GraphConnection* const from = scene.connect(&source, b.getPinByName("in"), false);
+    GraphConnection* const to = scene.connect(b.getPinByName("out"), &target, false);
+    ASSERT_NE(nullptr, from);
+    ASSERT_NE(nullptr, to);
+    Connections found;
+    EXPECT_FALSE(
+        scene.getConnectionsInvolvingOnlyNodes(listOf<GraphNodeBase>({&b, nullptr}), false, true, found));
+    scene.removeConnection(from);
+    scene.removeConnection(to);
+}
+
 TEST_F(SceneQueries, WhatTheListHeldBeforeIsFilteredTheSameWay)
 {
     GraphConnection* const ab = connect(a, b);

@@ -6,14 +6,16 @@
 #include <ks_graph/GraphScene.h>
 
 #include "support/TestGraph.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
+#include <cstddef>
 #include <deque>
+#include <map>
+#include <random>
 #include <set>
-#include <thread>
 #include <vector>
 
 namespace kestrel::graph::test
@@ -28,25 +30,6 @@ constexpr unsigned int threadCount = 4;
 constexpr unsigned int perThread = 4000;
 
 constexpr PinDirection bothDirections = PIN_INPUT | PIN_OUTPUT;
-
-/// Runs `work(0)`, `work(1)`, ... each on a thread of its own; none starts before all are there.
-template <class Work>
-void onThreads(unsigned int count, Work const& work)
-{
-    std::atomic<unsigned int> waiting{count};
-    std::vector<std::thread> threads;
-    for (unsigned int i = 0; i < count; ++i)
-    {
-        threads.emplace_back(
-            [i, &waiting, &work]
-            {
-                --waiting;
-                while (waiting != 0) std::this_thread::yield();
-                work(i);
-            });
-    }
-    for (std::thread& thread : threads) thread.join();
-}
 
 /// The connections of one thread, all between the same two pins.
 using Bundle = std::deque<GraphConnection>;
@@ -111,17 +94,22 @@ std::vector<Bundle*> all(std::vector<Bundle>& bundles)
 }
 
 /// Two pins, wired from the one to the other by the even threads and the other way round by the odd ones.
-class OpposedThreads : public ::testing::Test
+class OpposedThreads : public ::testing::TestWithParam<unsigned int>
 {
 protected:
     OpposedThreads()
     {
-        for (unsigned int i = 0; i < threadCount; ++i)
+        for (unsigned int i = 0; i < count; ++i)
         {
-            bundles.push_back(i % 2 == 0 ? bundle(left, right) : bundle(right, left));
+            bundles.push_back(forward(i));
             (i % 2 == 0 ? toTheRight : toTheLeft).push_back(i);
         }
     }
+
+    GraphNodePin& sourceOf(unsigned int thread) { return thread % 2 == 0 ? left : right; }
+    GraphNodePin& targetOf(unsigned int thread) { return thread % 2 == 0 ? right : left; }
+    Bundle forward(unsigned int thread) { return bundle(sourceOf(thread), targetOf(thread), each); }
+    Bundle backward(unsigned int thread) { return bundle(targetOf(thread), sourceOf(thread), each); }
 
     std::vector<Bundle*> of(std::vector<unsigned int> const& threads)
     {
@@ -138,6 +126,8 @@ protected:
         expectExactly(left.getInputConnections(), of(toTheLeft));
     }
 
+    unsigned int const count = GetParam();
+    unsigned int const each = 16000 / count;
     GraphNodePin left{nullptr, unlimited, bothDirections};
     GraphNodePin right{nullptr, unlimited, bothDirections};
     std::vector<Bundle> bundles;
@@ -145,32 +135,63 @@ protected:
     std::vector<unsigned int> toTheLeft;
 };
 
-TEST_F(OpposedThreads, WiringLosesAndRepeatsNothing)
+INSTANTIATE_TEST_SUITE_P(Of, OpposedThreads, ::testing::Values(2u, 3u, 8u, 32u));
+
+TEST_P(OpposedThreads, WiringLosesAndRepeatsNothing)
 {
-    onThreads(threadCount, [this](unsigned int i) { addAll(bundles[i]); });
+    onThreads(count, [this](unsigned int i) { addAll(bundles[i]); });
     expectAllThere();
     for (unsigned int i : toTheRight) expectInOrder(left.getOutputConnections(), bundles[i]);
     for (unsigned int i : toTheLeft) expectInOrder(left.getInputConnections(), bundles[i]);
 }
 
-TEST_F(OpposedThreads, UnwiringEmptiesEveryList)
+TEST_P(OpposedThreads, WiringPinByPinLosesAndRepeatsNothing)
 {
-    for (Bundle& each : bundles) addAll(each);
-    onThreads(threadCount, [this](unsigned int i) { removeAll(bundles[i]); });
+    onThreads(count,
+              [this](unsigned int i)
+              {
+                  for (GraphConnection& connection : bundles[i])
+                  {
+                      sourceOf(i).addOutputConnection(&connection);
+                      targetOf(i).addInputConnection(&connection);
+                  }
+              });
+    expectAllThere();
+}
+
+TEST_P(OpposedThreads, UnwiringEmptiesEveryList)
+{
+    for (Bundle& connections : bundles) addAll(connections);
+    onThreads(count, [this](unsigned int i) { removeAll(bundles[i]); });
     EXPECT_EQ(left.getNumConnections(), 0u);
     EXPECT_EQ(right.getNumConnections(), 0u);
 }
 
-TEST_F(OpposedThreads, WiringAndUnwiringAtOnceLeaveWhatWasWired)
+TEST_P(OpposedThreads, UnwiringPinByPinEmptiesEveryList)
+{
+    for (Bundle& connections : bundles) addAll(connections);
+    onThreads(count,
+              [this](unsigned int i)
+              {
+                  for (GraphConnection& connection : bundles[i])
+                  {
+                      targetOf(i).removeInputConnection(&connection);
+                      sourceOf(i).removeOutputConnection(&connection);
+                  }
+              });
+    EXPECT_EQ(left.getNumConnections(), 0u);
+    EXPECT_EQ(right.getNumConnections(), 0u);
+}
+
+TEST_P(OpposedThreads, WiringAndUnwiringAtOnceLeaveWhatWasWired)
 {
     std::vector<Bundle> others;
-    for (unsigned int i = 0; i < threadCount; ++i)
-        others.push_back(i % 2 == 0 ? bundle(right, left) : bundle(left, right));
-    for (Bundle& each : others) addAll(each);
-    onThreads(threadCount,
+    for (unsigned int i = 0; i < count; ++i) others.push_back(backward(i));
+    for (Bundle& connections : others) addAll(connections);
+    onThreads(count,
               [this, &others](unsigned int i)
               {
-                  for (unsigned int k = 0; k < perThread; ++k)
+                  for (unsigned int k = 0; k < each; ++k)
                   {
                       bundles[i][k].addToConnectedPins();
                       others[i][k].removeFromConnectedPins();
@@ -179,13 +200,13 @@ TEST_F(OpposedThreads, WiringAndUnwiringAtOnceLeaveWhatWasWired)
     expectAllThere();
 }
 
-TEST_F(OpposedThreads, RemovingWhatIsNotThereRemovesNothing)
+TEST_P(OpposedThreads, RemovingWhatIsNotThereRemovesNothing)
 {
-    Bundle strangers = bundle(left, right);
-    onThreads(threadCount,
+    Bundle strangers = bundle(left, right, each);
+    onThreads(count,
               [this, &strangers](unsigned int i)
               {
-                  for (unsigned int k = 0; k < perThread; ++k)
+                  for (unsigned int k = 0; k < each; ++k)
                   {
                       bundles[i][k].addToConnectedPins();
                       strangers[k].removeFromConnectedPins();
@@ -194,19 +215,67 @@ TEST_F(OpposedThreads, RemovingWhatIsNotThereRemovesNothing)
     expectAllThere();
 }
 
-TEST_F(OpposedThreads, OneConnectionIsEnteredAsOftenAsItIsAdded)
+TEST_P(OpposedThreads, OneConnectionIsEnteredAsOftenAsItIsAdded)
 {
     GraphConnection shared(&left, &right);
-    onThreads(threadCount,
-              [&shared](unsigned int)
+    onThreads(count,
+              [this, &shared](unsigned int)
               {
-                  for (unsigned int k = 0; k < perThread; ++k) shared.addToConnectedPins();
-                  for (unsigned int k = 0; k < perThread / 4; ++k) shared.removeFromConnectedPins();
+                  for (unsigned int k = 0; k < each; ++k) shared.addToConnectedPins();
+                  for (unsigned int k = 0; k < each / 4; ++k) shared.removeFromConnectedPins();
               });
-    std::vector<GraphConnection*> const expected(threadCount * (perThread - perThread / 4), &shared);
+    std::vector<GraphConnection*> const expected(count * (each - each / 4), &shared);
     EXPECT_TRUE(listed(left.getOutputConnections()) == expected);
     EXPECT_TRUE(listed(right.getInputConnections()) == expected);
     EXPECT_EQ(left.getInputConnections().size(), 0u);
+}
+
+/// What one thread has entered, as plain counts.
+using Model = std::map<GraphConnection*, unsigned int>;
+
+/// Adds and removes connections of the bundle, in an order of its own, through the connection or pin by pin.
+Model wireAtRandom(Bundle& connections, GraphNodePin& source, GraphNodePin& target, unsigned int seed)
+{
+    Model model;
+    std::mt19937 random(seed);
+    for (std::size_t step = 0; step < 2 * connections.size(); ++step)
+    {
+        GraphConnection* const connection = &connections[random() % connections.size()];
+        bool const adds = random() % 3 != 0;
+        if (random() % 2 == 0)
+        {
+            adds ? connection->addToConnectedPins() : connection->removeFromConnectedPins();
+        }
+        else if (adds)
+        {
+            target.addInputConnection(connection);
+            source.addOutputConnection(connection);
+        }
+        else
+        {
+            source.removeOutputConnection(connection);
+            target.removeInputConnection(connection);
+        }
+        unsigned int& entries = model[connection];
+        entries = adds ? entries + 1 : entries - std::min(entries, 1u);
+    }
+    return model;
+}
+
+TEST_P(OpposedThreads, AnyMixOfWiringAndUnwiringLeavesWhatTheModelsHold)
+{
+    std::vector<Model> models(count);
+    onThreads(count, [&](unsigned int i)
+              { models[i] = wireAtRandom(bundles[i], sourceOf(i), targetOf(i), 1000 * count + i); });
+    std::vector<GraphConnection*> expected[2];
+    for (unsigned int i = 0; i < count; ++i)
+        for (auto const& [connection, entries] : models[i])
+            expected[i % 2].insert(expected[i % 2].end(), entries, connection);
+    EXPECT_GT(expected[0].size(), 1000u);
+    EXPECT_TRUE(sorted(listed(left.getOutputConnections())) == sorted(expected[0]));
+    EXPECT_TRUE(sorted(listed(right.getInputConnections())) == sorted(expected[0]));
+    EXPECT_TRUE(sorted(listed(right.getOutputConnections())) == sorted(expected[1]));
+    EXPECT_TRUE(sorted(listed(left.getInputConnections())) == sorted(expected[1]));
 }
 
 TEST(PinThreads, ARingWiredBothWaysRoundHoldsEverything)
@@ -462,58 +531,6 @@ TEST(PinReentrance, TwoPinsThatCallEachOtherNeverWaitForEachOther)
     expectExactly(right.getInputConnections(), {&intoRight});
     expectExactly(left.getOutputConnections(), {&intoLeft, &intoRight});
     expectExactly(right.getOutputConnections(), {&intoLeft, &intoRight});
-}
-
-// -----------------------------------------------------------------------------------------------------------
-// Scenes on threads of their own
-
-TEST(SceneThreads, ScenesAndPinsThatAreMadeAtOnceGetIdsOfTheirOwn)
-{
-    constexpr unsigned int scenesPerThread = 50;
-    constexpr unsigned int pinsPerScene = 20;
-    unsigned int const lastBefore = GraphScene::lastUsedId_;
-    std::vector<std::vector<unsigned int>> sceneIds(threadCount);
-    std::vector<std::vector<unsigned int>> pinIds(threadCount);
-    onThreads(threadCount,
-              [&](unsigned int i)
-              {
-                  for (unsigned int k = 0; k < scenesPerThread; ++k)
-                  {
-                      GraphScene scene;
-                      sceneIds[i].push_back(scene.getId());
-                      TestNode node(1);
-                      for (unsigned int n = 0; n < pinsPerScene; ++n)
-                          pinIds[i].push_back(scene.createNewPin(&node, 1, PIN_INPUT)->getId());
-                  }
-              });
-    std::set<unsigned int> distinctScenes;
-    std::set<unsigned int> distinctPins;
-    for (std::vector<unsigned int> const& ids : sceneIds) distinctScenes.insert(ids.begin(), ids.end());
-    for (std::vector<unsigned int> const& ids : pinIds) distinctPins.insert(ids.begin(), ids.end());
-    EXPECT_EQ(distinctScenes.size(), threadCount * scenesPerThread);
-    EXPECT_EQ(*distinctScenes.begin(), lastBefore + 1);
-    EXPECT_EQ(*distinctScenes.rbegin(), lastBefore + threadCount * scenesPerThread);
-    EXPECT_EQ(GraphScene::lastUsedId_, lastBefore + threadCount * scenesPerThread);
-    EXPECT_EQ(distinctPins.size(), threadCount * scenesPerThread * pinsPerScene);
-}
-
-TEST(SceneThreads, GraphsAreBuiltAndWiredOnTheirOwnThreads)
-{
-    std::vector<unsigned int> connections(threadCount);
-    onThreads(threadCount,
-              [&connections](unsigned int i)
-              {
-                  TestGraph<> graph;
-                  TestNode* previous = &graph.addFilter("first");
-                  for (unsigned int k = 0; k < 50; ++k)
-                  {
-                      TestNode& next = graph.addFilter("next");
-                      graph.scene.connect(previous, &next, false);
-                      previous = &next;
-                  }
-                  connections[i] = graph.scene.getNumberOfConnections();
-              });
-    EXPECT_EQ(connections, std::vector<unsigned int>(threadCount, 50));
 }
 
 } // namespace
