@@ -539,6 +539,42 @@ TYPED_TEST(FileStreams, TellThatAFullDiskTakesNothing)
     expectEveryWriteRefused(stream);
 }
 
+/// Takes the first bytes and then no more.
+class NearlyFullDisk
+{
+public:
+    explicit NearlyFullDisk(std::size_t room) : bytes_(room), file_(fmemopen(bytes_.data(), room, "wb"))
+    {
+        std::setvbuf(file_, nullptr, _IONBF, 0);
+    }
+    ~NearlyFullDisk() { std::fclose(file_); }
+    NearlyFullDisk(NearlyFullDisk const&) = delete;
+    NearlyFullDisk& operator=(NearlyFullDisk const&) = delete;
+
+    std::FILE* get() const { return file_; }
+
+private:
+    std::vector<char> bytes_;
+    std::FILE* file_;
+};
+
+TYPED_TEST(FileStreams, TellThatADiskIsFullBehindTheFirstComponents)
+{
+    std::size_t const spare = 1; // for the NUL that the system puts behind what is in memory
+    auto const takes = [](std::size_t room, auto const& value)
+    {
+        NearlyFullDisk const disk(room + spare);
+        TypeParam stream(disk.get());
+        return stream.writeValue(value);
+    };
+    Color const color(1.0f, 2.0f, 3.0f, 4.0f);
+    Pair const pair(1.0f, 2.0f);
+    for (std::size_t room = 0; room < 8; room += 4) EXPECT_FALSE(takes(room, pair)) << room;
+    for (std::size_t room = 0; room < 16; room += 4) EXPECT_FALSE(takes(room, color)) << room;
+    EXPECT_TRUE(takes(8, pair));
+    EXPECT_TRUE(takes(16, color));
+}
+
 TYPED_TEST(FileIoOf, AFullDiskTakesNothing)
 {
     FullDisk const disk;

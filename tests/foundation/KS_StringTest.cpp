@@ -606,6 +606,14 @@ TEST(StringConcatenated, JoinsThePartsInOneExactBuffer)
     expectExactText(KS_String::concatenated({}), "");
 }
 
+TEST(StringConcatenated, RefusesWhatASizeCannotSay)
+{
+    std::size_t const size = std::size_t{1} << 28;
+    auto const bytes = std::make_unique_for_overwrite<char[]>(size); // whose pages nobody touches
+    std::string_view const x(bytes.get(), size);
+    EXPECT_THROW(KS_String::concatenated({x, x, x, x, x, x, x, x, x, x, x, x, x, x, x, x}), std::bad_alloc);
+}
+
 TEST(StringConcatenated, MayBeAssignedToOneOfItsParts)
 {
     KS_String text("ab");
@@ -1184,6 +1192,9 @@ TEST(StringReplace, OfAnExactTextByNothingShorterLeavesAnExactText)
     KS_String same("banana");
     same.replace("a", "o");
     expectExactText(same, "bonono");
+    KS_String ofMany("banana");
+    ofMany.replace("an", "xyz");
+    expectExactText(ofMany, "bxyzxyza");
 }
 
 TEST(StringReplace, MayUseTheTextItself)
