@@ -1,4 +1,5 @@
-# Runs `program`, under the `emulator` if there is one, and fails unless it ends well and prints exactly what is in the file `expected`.
+# Runs `program`, under the `emulator` if there is one, and fails unless it ends well and prints exactly what is in the file
+# `expected`.
 
 execute_process(COMMAND ${emulator} ${program} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
 string(REPLACE "\r\n" "\n" printed "${printed}") # as Windows ends its lines
