@@ -29,3 +29,8 @@ if(KS_GRAPH_SANITIZE)
         -fsanitize=${KS_GRAPH_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(ks_graph_compiler_settings INTERFACE -fsanitize=${KS_GRAPH_SANITIZE})
 endif()
+
+# The fuzzer sees only code that counts where it goes; what drives it is linked into the fuzzers alone.
+if(KS_GRAPH_BUILD_FUZZERS)
+    target_compile_options(ks_graph_compiler_settings INTERFACE -fsanitize=fuzzer-no-link)
+endif()
