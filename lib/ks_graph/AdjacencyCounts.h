@@ -122,8 +122,8 @@ private:
     }
 
     int neighbours(unsigned int id, bool includeImplicit, bool ignoreSelf, Counts Degree::*side) const;
-    Counts degreeOf(unsigned int id, Counts Degree::* side) const;
-    Counts countedDegreeOf(unsigned int id, Counts Degree::* side) const;
+    Counts degreeOf(unsigned int id, Counts Degree::*side) const;
+    Counts countedDegreeOf(unsigned int id, Counts Degree::*side) const;
     bool prepareDegrees() const;
     void followInDegrees(unsigned int source, unsigned int target, Counts const& before, Counts const& after);
     static void addToDegrees(Degrees& degrees, unsigned int id, Counts Degree::*side, Counts const& change);
