@@ -114,6 +114,10 @@ std::vector<std::string> lifeOfAScene()
     graph.scene.removeConnectionsWithNode(chain[1]);
     note();
 
+    graph.scene.removeAllConnections();
+    Nodes left;
+    graph.scene.getGraphNodesAsList(left);
+    for (GraphNodeBase* const node : left) node->destroyNodePins(); // the moves' own nodes would leave theirs
     graph.scene.clear();
     texts.push_back(std::to_string(graph.scene.getNumberOfNodes() + graph.scene.getNumberOfConnections()));
     return texts;
