@@ -4,6 +4,7 @@
 
 #include "Names.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -48,7 +49,8 @@ public:
     int firstFree(NumberedNames& candidates, int lowest, IsTaken isTaken)
     {
         auto const known = firstMaybeFree_.find(candidates.stem());
-        int number = known != firstMaybeFree_.end() ? known->second : lowest;
+        // A bare stem that was given up lowers it to 0, which is no number where they begin with 1.
+        int number = known != firstMaybeFree_.end() ? std::max(lowest, known->second) : lowest;
         int const first = number;
         while (isTaken(candidates.with(number))) ++number;
         if (known != firstMaybeFree_.end())

@@ -663,6 +663,15 @@ TEST_F(PlainFreeNames, ANumberThatIsGivenUpIsTheNextOne)
     EXPECT_EQ(next(), "n02");
 }
 
+TEST_F(PlainFreeNames, ABareNameThatIsGivenUpIsNoNumber)
+{
+    EditorNode& bare = add();
+    bare.setName("n");
+    EXPECT_EQ(next(), "n21");
+    bare.setName("other");
+    EXPECT_EQ(next(), "n21");
+}
+
 TEST_F(PlainFreeNames, ARenamedOwnerGivesAllOfThemUp)
 {
     root_.setName("other");
