@@ -64,6 +64,11 @@ void NodeNames::takeOut(GraphNodeBase& node) noexcept
 
 void NodeNames::putBack(GraphNodeBase& node) noexcept
 {
+    if (!isComplete_) // given up since the node was taken out
+    {
+        node.placeInNames_.names = nullptr;
+        return;
+    }
     try
     {
         insert(node);
