@@ -1,6 +1,7 @@
 #include "Expect.h"
 #include "SceneXml.h"
 
+#include "support/MoveRecords.h"
 #include "support/SceneInvariants.h"
 #include "support/TestGraph.h"
 
@@ -27,6 +28,7 @@ using graph::GraphConnection;
 using graph::GraphNodeBase;
 using graph::GraphNodePin;
 using graph::PinDirection;
+using graph::test::MoveRecords;
 using graph::test::TestNode;
 
 using Nodes = ArrayOfPtr<GraphNodeBase, KS_NO>;
@@ -34,20 +36,6 @@ using Connections = ArrayOfPtr<GraphConnection, KS_NO>;
 
 /// More would only be slow.
 constexpr unsigned int mostNodes = 60;
-
-/// What the records of a move are put into.
-struct Records
-{
-    std::map<KS_String, KS_String> pinRenames;
-    std::map<GraphNodeBase*, GraphNodeBase*> inputInterfaces;
-    std::map<GraphNodeBase*, GraphNodeBase*> outputInterfaces;
-    Nodes newInterfaceNodes;
-    ArrayOfPtr<GraphNodePin, KS_NO> newCompoundPins;
-    Array<GraphConnection, _Wa> removedOuter;
-    Array<GraphConnection, _Wa> removed;
-    Connections outer;
-    Connections inner;
-};
 
 /// The full stop is looked for at the end of all bytes, what is written ends at the first NUL.
 std::string htmlOf(std::string description)
@@ -278,7 +266,7 @@ private:
     {
         if (scene().getNumberOfNodes() >= mostNodes) return;
         Nodes const nodes = someOf(allNodes());
-        Records records;
+        MoveRecords records;
         scene().moveNodesToCompound(nodes, &someCompound(), records.pinRenames, records.inputInterfaces,
                                     records.outputInterfaces, records.newInterfaceNodes,
                                     records.newCompoundPins, records.removed, records.outer, records.inner);
@@ -289,7 +277,7 @@ private:
         GraphNodeBase* const compound = someInnerCompound();
         if (compound == nullptr) return;
         Nodes nodes = someOf(compound->getNodes());
-        Records records;
+        MoveRecords records;
         scene().removeNodesFromCompound(compound, nodes, records.pinRenames, records.removedOuter,
                                         records.removed, records.outer, records.inner);
     }
@@ -300,7 +288,7 @@ private:
         GraphNodeBase* const compound = someInnerCompound();
         if (compound == nullptr) return;
         Nodes nodes = someOf(compound->getNodes());
-        Records records;
+        MoveRecords records;
         scene().removeNodesFromCompoundCreatingInterfaces(
             compound, nodes, records.pinRenames, records.removedOuter, records.removed, records.outer,
             records.inner, records.inputInterfaces, records.outputInterfaces, records.newInterfaceNodes,

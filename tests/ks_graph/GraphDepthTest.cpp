@@ -1,6 +1,7 @@
 /// @file
 /// Nodes 2,000 levels deep, on a stack of 1 MiB.
 #include "support/GraphTexts.h"
+#include "support/MoveRecords.h"
 #include "support/SceneInvariants.h"
 #include "support/SmallStack.h"
 #include "support/TestGraph.h"
@@ -203,20 +204,6 @@ TEST(GraphDepth, NodesAreBuiltFromTheBottomUpwards)
         });
 }
 
-/// What the moves fill, thrown away.
-struct MoveResults
-{
-    std::map<KS_String, KS_String> pinRenames;
-    std::map<GraphNodeBase*, GraphNodeBase*> inputInterfaces;
-    std::map<GraphNodeBase*, GraphNodeBase*> outputInterfaces;
-    Nodes interfaceNodes;
-    Pins compoundPins;
-    Array<GraphConnection, _Wa> removed;
-    Array<GraphConnection, _Wa> removedOuter;
-    Connections outer;
-    Connections inner;
-};
-
 TEST(GraphDepth, NodesAreMovedIntoACompoundAndOut)
 {
     onChangingDeepGraph(
@@ -227,14 +214,14 @@ TEST(GraphDepth, NodesAreMovedIntoACompoundAndOut)
             deep.scene.connect(deep.outside->getNodePins()[1], deep.top().getNodePins()[0], false);
             Nodes moved;
             moved.append(&deep.top());
-            MoveResults in;
+            MoveRecords in;
             EXPECT_TRUE(deep.scene.moveNodesToCompound(moved, &compound, in.pinRenames, in.inputInterfaces,
-                                                       in.outputInterfaces, in.interfaceNodes,
-                                                       in.compoundPins, in.removed, in.outer, in.inner));
+                                                       in.outputInterfaces, in.newInterfaceNodes,
+                                                       in.newCompoundPins, in.removed, in.outer, in.inner));
             EXPECT_EQ(1u, in.outer.size());
             EXPECT_EQ(1u, in.inner.size());
             EXPECT_EQ(deep.bottomIn(), deep.pinNamed(DeepGraph::fullName("root.compound", 0) + ".in"));
-            MoveResults out;
+            MoveRecords out;
             EXPECT_TRUE(deep.scene.removeNodesFromCompound(&compound, moved, out.pinRenames, out.removedOuter,
                                                            out.removed, out.outer, out.inner));
             EXPECT_EQ(1u, out.outer.size());
@@ -253,16 +240,16 @@ TEST(GraphDepth, NodesAreMovedIntoADeepCompoundAndOut)
             deep.scene.connect(moving.getNodePins()[1], deep.outside->getNodePins()[0], false);
             Nodes moved;
             moved.append(&moving);
-            MoveResults in;
+            MoveRecords in;
             deep.scene.moveNodesToCompound(moved, &compound, in.pinRenames, in.inputInterfaces,
-                                           in.outputInterfaces, in.interfaceNodes, in.compoundPins,
+                                           in.outputInterfaces, in.newInterfaceNodes, in.newCompoundPins,
                                            in.removed, in.outer, in.inner);
-            EXPECT_EQ(2u, in.interfaceNodes.size());
+            EXPECT_EQ(2u, in.newInterfaceNodes.size());
             EXPECT_EQ(moving.getNodePins()[0], deep.pinNamed(DeepGraph::fullName("root", 0) + ".moving.in"));
-            MoveResults out;
+            MoveRecords out;
             deep.scene.removeNodesFromCompoundCreatingInterfaces(
                 &compound, moved, out.pinRenames, out.removedOuter, out.removed, out.outer, out.inner,
-                out.inputInterfaces, out.outputInterfaces, out.interfaceNodes, out.compoundPins);
+                out.inputInterfaces, out.outputInterfaces, out.newInterfaceNodes, out.newCompoundPins);
             EXPECT_EQ(deep.nodes[depth - 2], moving.getNodeOwner());
             EXPECT_EQ(2u, out.outer.size());
         });
@@ -481,11 +468,11 @@ TEST(GraphDepth, NodesAreMovedOutOfEachCompoundOnTheWayUp)
             moved.append(&deep.bottom());
             for (std::size_t level = depth - 2; level > depth - 4; --level)
             {
-                MoveResults out;
+                MoveRecords out;
                 deep.scene.removeNodesFromCompoundCreatingInterfaces(
                     deep.nodes[level], moved, out.pinRenames, out.removedOuter, out.removed, out.outer,
-                    out.inner, out.inputInterfaces, out.outputInterfaces, out.interfaceNodes,
-                    out.compoundPins);
+                    out.inner, out.inputInterfaces, out.outputInterfaces, out.newInterfaceNodes,
+                    out.newCompoundPins);
                 EXPECT_EQ(deep.nodes[level - 1], deep.bottom().getNodeOwner());
             }
         });

@@ -1,3 +1,4 @@
+#include "support/MoveRecords.h"
 #include "support/SceneInvariants.h"
 #include "support/TestGraph.h"
 
@@ -59,21 +60,6 @@ NodeList withoutInterfaces(Nodes const& nodes)
     return list;
 }
 
-/// The records of one move of any kind.
-struct Records
-{
-    std::map<KS_String, KS_String> pinRenames;
-    std::map<GraphNodeBase*, GraphNodeBase*> inputInterfaces;
-    std::map<GraphNodeBase*, GraphNodeBase*> outputInterfaces;
-    Nodes newInterfaceNodes;
-    ArrayOfPtr<GraphNodePin, KS_NO> newCompoundPins;
-    Array<GraphConnection, _Wa> removedOuter;
-    Array<GraphConnection, _Wa> removed;
-    Connections outer;
-    Connections inner;
-    Connections spare;
-};
-
 class Story
 {
 public:
@@ -114,7 +100,7 @@ public:
         Reach const before = reach();
         unsigned int const crossing = countCrossing(nodes);
         NamesBefore const names = namesOf(nodes);
-        Records records;
+        MoveRecords records;
         EXPECT_TRUE(graph.scene.moveNodesToCompound(listOf(nodes), compound, records.pinRenames,
                                                     records.inputInterfaces, records.outputInterfaces,
                                                     records.newInterfaceNodes, records.newCompoundPins,
@@ -134,7 +120,7 @@ public:
         Reach const expected = reachWithoutLoops(compound, nodes);
         NamesBefore const names = namesOf(nodes);
         Nodes list = listOf(nodes);
-        Records records;
+        MoveRecords records;
         EXPECT_TRUE(graph.scene.removeNodesFromCompoundCreatingInterfaces(
             compound, list, records.pinRenames, records.removedOuter, records.removed, records.outer,
             records.inner, records.inputInterfaces, records.outputInterfaces, records.newInterfaceNodes,
@@ -153,7 +139,7 @@ public:
         NamesBefore const names = namesOf(nodes);
         unsigned int const registered = graph.scene.getNumberOfNodes();
         Nodes list = listOf(nodes);
-        Records records;
+        MoveRecords records;
         EXPECT_TRUE(graph.scene.removeNodesFromCompound(compound, list, records.pinRenames,
                                                         records.removedOuter, records.removed, records.outer,
                                                         records.spare));
@@ -172,7 +158,7 @@ public:
         Reach const expected = reachWithoutLoops(compound, nodes);
         NamesBefore const names = namesOf(nodes);
         GraphNodeBase* const owner = compound->getNodeOwner();
-        Records records;
+        MoveRecords records;
         EXPECT_TRUE(graph.scene.removeNodesFromCompound(compound, compound->refNodes(), records.pinRenames,
                                                         records.removedOuter, records.removed, records.outer,
                                                         records.spare));
@@ -275,7 +261,7 @@ private:
 
     /// The nodes are children of the owner, and the renames are exactly those of their pins.
     static void expectMoved(NodeList const& nodes, GraphNodeBase* owner, NamesBefore const& names,
-                            Records const& records)
+                            MoveRecords const& records)
     {
         for (GraphNodeBase* node : nodes) EXPECT_EQ(node->getNodeOwner(), owner);
         std::map<std::string, std::string> expected;
@@ -292,7 +278,7 @@ private:
     }
 
     /// New interface nodes and pairs belong to the compound; every new node is on record once.
-    static void expectInterfaces(GraphNodeBase* compound, Records const& records)
+    static void expectInterfaces(GraphNodeBase* compound, MoveRecords const& records)
     {
         for (GraphNodeBase* node : records.newInterfaceNodes) EXPECT_EQ(node->getNodeOwner(), compound);
         for (GraphNodePin* pin : records.newCompoundPins)

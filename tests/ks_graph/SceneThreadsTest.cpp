@@ -4,6 +4,7 @@
 #include <ks_graph/GraphScene.h>
 
 #include "support/GraphTexts.h"
+#include "support/MoveRecords.h"
 #include "support/SceneInvariants.h"
 #include "support/SceneText.h"
 #include "support/TestGraph.h"
@@ -55,20 +56,6 @@ private:
 
 std::atomic<unsigned int> CountingCallbacks::counts[6];
 
-/// What the moves fill.
-struct MoveResults
-{
-    PinRenames renames;
-    InterfaceOfNode inputs;
-    InterfaceOfNode outputs;
-    Nodes interfaceNodes;
-    Pins compoundPins;
-    ConnectionValues removed;
-    ConnectionValues removedOuter;
-    Connections outer;
-    Connections inner;
-};
-
 /// A chain of nodes, half of which go into a compound and some out again, with what the scene looked like
 /// after each step. Ends with a cleared scene.
 std::vector<std::string> lifeOfAScene()
@@ -94,18 +81,18 @@ std::vector<std::string> lifeOfAScene()
     box.setCompound(true);
     Nodes grouped;
     for (unsigned int i = length / 4; i < length / 2; ++i) grouped.append(chain[i]);
-    MoveResults in;
-    graph.scene.moveNodesToCompound(grouped, &box, in.renames, in.inputs, in.outputs, in.interfaceNodes,
-                                    in.compoundPins, in.removed, in.outer, in.inner);
+    MoveRecords in;
+    graph.scene.moveNodesToCompound(grouped, &box, in.pinRenames, in.inputInterfaces, in.outputInterfaces,
+                                    in.newInterfaceNodes, in.newCompoundPins, in.removed, in.outer, in.inner);
     note();
 
     box.setName("a box by another name");
     Nodes ungrouped;
     ungrouped.append(chain[length / 4]);
-    MoveResults out;
-    graph.scene.removeNodesFromCompoundCreatingInterfaces(&box, ungrouped, out.renames, out.removedOuter,
-                                                          out.removed, out.outer, out.inner, out.inputs,
-                                                          out.outputs, out.interfaceNodes, out.compoundPins);
+    MoveRecords out;
+    graph.scene.removeNodesFromCompoundCreatingInterfaces(
+        &box, ungrouped, out.pinRenames, out.removedOuter, out.removed, out.outer, out.inner,
+        out.inputInterfaces, out.outputInterfaces, out.newInterfaceNodes, out.newCompoundPins);
     note();
     texts.push_back(std::string(graph.scene.toXml()));
 
