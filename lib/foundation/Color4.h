@@ -19,10 +19,12 @@ struct Color4
     /// Red, green, blue, alpha.
     constexpr Color4(T r, T g, T b, T a) : red(r), green(g), blue(b), alpha(a) {}
 
+    /// Equal in all four. A component that is not a number equals none.
     friend constexpr bool operator==(Color4 const& a, Color4 const& b)
     {
         return a.red == b.red && a.green == b.green && a.blue == b.blue && a.alpha == b.alpha;
     }
+    /// Not `==`.
     friend constexpr bool operator!=(Color4 const& a, Color4 const& b) { return !(a == b); }
 };
 

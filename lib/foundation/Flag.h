@@ -33,9 +33,13 @@ public:
         return *this;
     }
 
+    /// The bits of either.
     friend constexpr Flag operator|(Flag a, Flag b) { return a |= b; }
+    /// The bits that are in both.
     friend constexpr Flag operator&(Flag a, Flag b) { return a &= b; }
+    /// Whether exactly the same bits are set.
     friend constexpr bool operator==(Flag a, Flag b) { return a.bits_ == b.bits_; }
+    /// Not `==`.
     friend constexpr bool operator!=(Flag a, Flag b) { return a.bits_ != b.bits_; }
 
 private:

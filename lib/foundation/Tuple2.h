@@ -17,10 +17,12 @@ struct Tuple2
     /// The first, then the second.
     constexpr Tuple2(A a, B b) : first(a), second(b) {}
 
+    /// Equal in both. A value that is not a number equals none.
     friend constexpr bool operator==(Tuple2 const& a, Tuple2 const& b)
     {
         return a.first == b.first && a.second == b.second;
     }
+    /// Not `==`.
     friend constexpr bool operator!=(Tuple2 const& a, Tuple2 const& b) { return !(a == b); }
 };
 

@@ -31,7 +31,8 @@ public:
     AdjacencyCounts(AdjacencyCounts&&) = default;
     AdjacencyCounts& operator=(AdjacencyCounts&&) = default;
 
-    /// Fails only when a pair that was not counted yet needs memory; nothing has changed then.
+    /// REQUIRES: one of the two changes. Fails only when a pair that was not counted yet needs memory;
+    /// nothing has changed then.
     void change(unsigned int source, unsigned int target, int all, int notImplicit)
     {
         Pair* pair = find(source, target);
@@ -39,7 +40,6 @@ public:
         Counts const after{before.all + all, before.notImplicit + notImplicit};
         if (pair == nullptr)
         {
-            if (isNothing(after)) return;
             pairs_.reserveOneMore();
             pairs_.insert({source, target, after});
         }

@@ -18,9 +18,9 @@ namespace
 // Below this length a search is faster than the index.
 constexpr unsigned int longList = 32;
 
-bool hasName(KS_String const& own, KS_String const& name, bool caseSensitive)
+bool isSame(std::string_view own, std::string_view name, bool caseSensitive)
 {
-    return caseSensitive ? own == name : equalIgnoringCase(cText(own), cText(name));
+    return caseSensitive ? own == name : equalIgnoringCase(own, name);
 }
 
 } // namespace
@@ -43,7 +43,6 @@ ChildList::List const& ChildList::show()
 
 ChildList::List& ChildList::expose()
 {
-    get();
     children_.isExposed = true;
     makeIrregular();
     return children_.list;
@@ -71,8 +70,9 @@ void ChildList::clear()
 void ChildList::append(GraphNodeBase* child)
 {
     children_.list.append(child);
+    bool const ranksAreLeft = children_.nextRank != 0xFFFFFFFFu;
     bool const fits = child != nullptr && child->nodeOwner_ == &node_ && !child->placeInList_.isListed &&
-                      children_.nextRank != 0xFFFFFFFFu;
+                      ranksAreLeft; // coverage: four thousand million children
     if (!fits) makeIrregular();
     if (!children_.isRegular) return;
     child->placeInList_ = {children_.nextRank++, true};
@@ -108,7 +108,7 @@ bool ChildList::contains(GraphNodeBase const& child)
 GraphNodeBase* ChildList::nextBehind(GraphNodeBase const& child)
 {
     List const& list = children_.list;
-    for (unsigned int place = placeOf(child); place < list.size() && ++place < list.size();)
+    for (unsigned int place = placeOf(child); ++place < list.size();)
         if (list[place] != nullptr) return list[place];
     return nullptr;
 }
@@ -130,8 +130,8 @@ GraphNodeBase* ChildList::find(KS_String const& name, bool caseSensitive)
         return children_.names->find(name, caseSensitive);
     for (GraphNodeBase* const child : list)
     {
-        bool const isWanted = isPlain(*child) ? hasName(child->name_, name, caseSensitive)
-                                              : hasName(child->getName(), name, caseSensitive);
+        bool const isWanted = isPlain(*child) ? isSame(cText(child->name_), cText(name), caseSensitive)
+                                              : isSame(cText(child->getName()), cText(name), caseSensitive);
         if (isWanted) return child;
     }
     return nullptr;
@@ -180,12 +180,13 @@ void ChildList::closeGap(unsigned int place)
     noteClosed(1);
 }
 
-// The farther the places are from the ranks, the longer the way from one to the other.
+// Only a regular list has had gaps. The farther the places are from the ranks, the longer the way from one to
+// the other.
 void ChildList::noteClosed(unsigned int gaps)
 {
     List& list = children_.list;
     children_.closedGaps += gaps;
-    if (!children_.isRegular || children_.closedGaps < list.size() / 8 + longList) return;
+    if (children_.closedGaps < list.size() / 8 + longList) return;
     for (unsigned int place = 0; place < list.size(); ++place) list[place]->placeInList_.rank = place;
     children_.nextRank = list.size();
     children_.closedGaps = 0;

@@ -35,7 +35,7 @@ public:
     void removeAll(GraphNodeBase* child);
 
     bool contains(GraphNodeBase const& child);
-    /// The child behind this one in the list; null for the last one, and for one that is not there.
+    /// The child behind this one in the list; null for the last one. REQUIRES: it is there.
     GraphNodeBase* nextBehind(GraphNodeBase const& child);
     /// Allocates nothing after a removal. Null means the end.
     void insertBefore(GraphNodeBase* next, GraphNodeBase* child);

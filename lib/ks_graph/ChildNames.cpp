@@ -67,9 +67,12 @@ void ChildNames::erase(GraphNodeBase const& child) noexcept
 
 GraphNodeBase* ChildNames::find(KS_String const& name, bool caseSensitive) const
 {
-    return children_.findFirst(
-        hashWithoutCase(cText(name)), [&](GraphNodeBase const& child)
-        { return caseSensitive ? child.name_ == name : equalIgnoringCase(cText(child.name_), cText(name)); });
+    return children_.findFirst(hashWithoutCase(cText(name)),
+                               [&](GraphNodeBase const& child)
+                               {
+                                   return caseSensitive ? cText(child.name_) == cText(name)
+                                                        : equalIgnoringCase(cText(child.name_), cText(name));
+                               });
 }
 
 } // namespace kestrel::graph

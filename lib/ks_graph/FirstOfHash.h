@@ -17,23 +17,21 @@ template <class T>
 class FirstOfHash
 {
 public:
+    /// When it fails, the object is not here; what was before is.
     void insert(std::uint64_t hash, unsigned int rank, T* object)
     {
-        if (Entry* const first = find(hash))
-        {
-            Entry const added{hash, rank, object};
-            bool const comesFirst = rank < first->rank;
-            Entry const& later = comesFirst ? *first : added;
-            later_.emplace(std::pair(hash, later.rank), later.object);
-            if (comesFirst) *first = added;
-            return;
-        }
-        table_.reserveOneMore();
-        table_.insert({hash, rank, object});
+        if (!waiting_.isFree()) settle(waiting_);
+        waiting_ = {hash, rank, object};
+        table_.prefetch(hash);
     }
 
     void erase(std::uint64_t hash, unsigned int rank) noexcept
     {
+        if (waiting_.isOf(hash) && waiting_.rank == rank)
+        {
+            waiting_ = Entry();
+            return;
+        }
         Entry* const first = find(hash);
         if (first == nullptr) return;
         if (first->rank != rank)
@@ -55,13 +53,10 @@ public:
     template <class IsWanted>
     T* findFirst(std::uint64_t hash, IsWanted isWanted) const
     {
-        Entry const* const first = find(hash);
-        if (first == nullptr) return nullptr;
-        if (isWanted(*first->object)) return first->object;
-        for (auto later = later_.lower_bound({hash, 0}); later != later_.end() && later->first.first == hash;
-             ++later)
-            if (isWanted(*later->second)) return later->second;
-        return nullptr;
+        Entry const found = findSettled(hash, isWanted);
+        bool const waitingIsFirst = waiting_.isOf(hash) && (found.isFree() || waiting_.rank < found.rank) &&
+                                    isWanted(*waiting_.object);
+        return waitingIsFirst ? waiting_.object : found.object;
     }
 
     /// `visit(object)`, in no particular order.
@@ -70,12 +65,14 @@ public:
     {
         table_.forEach([&visit](Entry const& entry) { visit(*entry.object); });
         for (auto const& [hashAndRank, object] : later_) visit(*object);
+        if (!waiting_.isFree()) visit(*waiting_.object);
     }
 
     void clear() noexcept
     {
         table_.clear();
         later_.clear();
+        waiting_ = Entry();
     }
 
 private:
@@ -86,8 +83,35 @@ private:
         T* object = nullptr;
 
         bool isFree() const { return object == nullptr; }
+        bool isOf(std::uint64_t wantedHash) const { return !isFree() && textHash == wantedHash; }
         std::uint64_t hash() const { return textHash; }
     };
+
+    void settle(Entry entry)
+    {
+        Entry* const first = find(entry.textHash);
+        if (first == nullptr)
+        {
+            table_.reserveOneMore();
+            table_.insert(std::move(entry));
+            return;
+        }
+        Entry const& later = entry.rank < first->rank ? *first : entry;
+        later_.emplace(std::pair(later.textHash, later.rank), later.object);
+        if (entry.rank < first->rank) *first = entry;
+    }
+
+    template <class IsWanted>
+    Entry findSettled(std::uint64_t hash, IsWanted isWanted) const
+    {
+        Entry const* const first = find(hash);
+        if (first == nullptr) return {};
+        if (isWanted(*first->object)) return *first;
+        for (auto later = later_.lower_bound({hash, 0}); later != later_.end() && later->first.first == hash;
+             ++later)
+            if (isWanted(*later->second)) return {hash, later->first.second, later->second};
+        return {};
+    }
 
     Entry* find(std::uint64_t hash) { return const_cast<Entry*>(std::as_const(*this).find(hash)); }
     Entry const* find(std::uint64_t hash) const
@@ -96,6 +120,9 @@ private:
     }
 
     FlatTable<Entry> table_;
+    // What was inserted last: a node is made and then gets its owner, and meanwhile its place in the table is
+    // on the way into the cache.
+    Entry waiting_;
     std::map<std::pair<std::uint64_t, unsigned int>, T*> later_; // all but the first of each value
 };
 

@@ -10,6 +10,18 @@
 namespace kestrel::graph
 {
 
+namespace detail
+{
+
+inline void prefetch([[maybe_unused]] void const* address)
+{
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#endif
+}
+
+} // namespace detail
+
 /// Open addressing with linear probing. An `Entry` is default-constructible as a free place, moves without
 /// failing, and has `bool isFree() const` and `std::uint64_t hash() const`.
 ///
@@ -35,6 +47,13 @@ public:
         for (std::size_t i = home(hash); !places_[i].isFree(); i = next(i))
             if (isWanted(places_[i])) return &places_[i];
         return nullptr;
+    }
+
+    /// Begins to fetch the place where a search for this hash begins, while other work goes on. In a table
+    /// that is larger than the caches, waiting for it is nearly all that a search costs.
+    void prefetch(std::uint64_t hash) const
+    {
+        if (!places_.empty()) detail::prefetch(&places_[home(hash)]);
     }
 
     /// Makes sure that the next `insert` finds a place.

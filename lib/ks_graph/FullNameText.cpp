@@ -34,25 +34,24 @@ FullNameText::FullNameText(GraphNodeBase& node)
     if (isPlain(node))
         join(node, {});
     else
-        keep(node.getFullName());
+        keep(cText(node.getFullName()));
 }
 
 FullNameText::FullNameText(GraphNodePin& pin)
 {
     if (!isPlain(pin))
-        keep(pin.getFullName());
+        keep(cText(pin.getFullName()));
     else if (pin.parentNode_ == nullptr)
-        keep(pin.name_);
+        keep(cText(pin.name_));
     else if (isPlain(*pin.parentNode_))
         join(*pin.parentNode_, cText(pin.name_));
     else
-        keep(dottedName(pin.parentNode_->getFullName(), pin.name_));
+        keep(cText(dottedName(pin.parentNode_->getFullName(), KS_String(pin.name_))));
 }
 
-void FullNameText::keep(KS_String const& text)
+void FullNameText::keep(std::string_view text)
 {
-    std::string_view const kept = cText(text);
-    view_ = {std::copy(kept.begin(), kept.end(), room(kept.size())) - kept.size(), kept.size()};
+    view_ = {std::copy(text.begin(), text.end(), room(text.size())) - text.size(), text.size()};
 }
 
 // The node is plain. The first one above it that is not is asked for its full name.
@@ -63,8 +62,8 @@ void FullNameText::join(GraphNodeBase& node, std::string_view pinName)
     GraphNodeBase* above = &node;
     for (; above != nullptr && isPlain(*above); above = above->nodeOwner_)
         length += cText(above->name_).size() + 1;
-    KS_String const start = above != nullptr ? above->getFullName() : KS_String();
-    length = above != nullptr ? length + cText(start).size() : length - 1;
+    std::string const start(above != nullptr ? cText(above->getFullName()) : std::string_view());
+    length = above != nullptr ? length + start.size() : length - 1;
 
     char* const text = room(length);
     BackwardWriter writer(text + length);
@@ -78,8 +77,22 @@ void FullNameText::join(GraphNodeBase& node, std::string_view pinName)
         writer.prepend(cText(part->name_));
         if (part->nodeOwner_ != nullptr) writer.prepend(".");
     }
-    writer.prepend(cText(start));
+    writer.prepend(start);
     view_ = {text, length};
+    if (above == nullptr) plainNode_ = &node;
+    nodeLength_ = hasPin ? length - pinName.size() - 1 : length;
+}
+
+HashedText FullNameText::hashed() const
+{
+    if (plainNode_ == nullptr) return HashedText(view_);
+    return {view_, continuedHash(plainNode_->placeInNames_.fullNameHash, view_.substr(nodeLength_))};
+}
+
+std::uint64_t FullNameText::hashInFrontOf(GraphNodePin const& pin)
+{
+    if (pin.parentNode_ == nullptr) return emptyTextHash;
+    return continuedHash(pin.parentNode_->placeInNames_.fullNameHash, ".");
 }
 
 char* FullNameText::room(std::size_t length)

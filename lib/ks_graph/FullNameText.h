@@ -2,13 +2,14 @@
 /// Internal: a full name for a look-up, put together without touching the heap where that can be.
 #pragma once
 
+#include "Hashing.h"
+
 #include <ks_graph/GraphNodeBase.h>
 #include <ks_graph/GraphNodePin.h>
 
-#include <foundation/KS_String.h>
-
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -26,15 +27,23 @@ public:
     FullNameText& operator=(FullNameText const&) = delete;
 
     std::string_view view() const { return view_; }
+    HashedText hashed() const;
+
+    /// The hash of what stands in front of the pin's own name. REQUIRES: plain full names of the pin and its
+    /// node.
+    static std::uint64_t hashInFrontOf(GraphNodePin const& pin);
 
 private:
-    void keep(KS_String const& text);
+    void keep(std::string_view text);
     void join(GraphNodeBase& node, std::string_view pinName);
     char* room(std::size_t length);
 
     std::array<char, 256> short_;
     std::string long_;
     std::string_view view_;
+    // Of the full name that the text begins with, when it is made of plain names; null otherwise.
+    GraphNodeBase const* plainNode_ = nullptr;
+    std::size_t nodeLength_ = 0;
 };
 
 } // namespace kestrel::graph

@@ -42,6 +42,7 @@ public:
                    [&](unsigned int id, GraphNodeBase* node)
                    {
                        next_ = std::uint64_t{id} + 1;
+                       if (node == nullptr) return true;
                        KS_String name = node->getFullName();
                        if (name == fullName) found = node;
                        if (name.startsWith(prefix_)) seen_.emplace(std::move(name), std::pair(id, node));
@@ -59,7 +60,7 @@ private:
         registry_.nodesById.walk(0, IdMap<GraphNodeBase>::endOfIds,
                                  [&](unsigned int, GraphNodeBase* node)
                                  {
-                                     if (node->getFullName() == fullName) found = node;
+                                     if (node != nullptr && node->getFullName() == fullName) found = node;
                                      return found == nullptr;
                                  });
         return found;

@@ -118,12 +118,15 @@ public:
     /// @}
 
 private:
+    friend class GraphScene;
+
     bool recursiveSearch(GraphNodeBase const& node, GraphNodeBase const& other,
                          bool const& childIsSource) const;
 
     GraphNodePin* sourcePin_ = nullptr;
     GraphNodePin* targetPin_ = nullptr;
     bool implicit_ = false;
+    unsigned int placeInScene_ = 0; // the index in the scene's array, as far as only the scene changes it
 };
 
 } // namespace kestrel::graph

@@ -261,8 +261,8 @@ GraphNodeBase::GraphNodeBase(GraphNodeBase const& other)
       id_(other.id_),
       compound_(other.compound_),
       interface_(other.interface_),
-      graphScene_(other.graphScene_),
       name_(other.name_),
+      graphScene_(other.graphScene_),
       texts_(other.texts_ != nullptr ? std::make_unique<NodeTexts>(*other.texts_) : nullptr)
 {
     nodePins_.list = other.nodePins_.list;
@@ -467,13 +467,13 @@ KS_String GraphNodeBase::getFullName()
 
 KS_String GraphNodeBase::getName()
 {
-    return name_;
+    return KS_String(name_);
 }
 
 void GraphNodeBase::setName(KS_String const& name)
 {
     KS_String const oldName = getName();
-    KS_String other(name);
+    std::string other{std::string_view(name)};
     swapName(other);
     ScopeExit restoreName([this, &other] { swapName(other); });
     GraphScene* const scene = getGraphScene();
@@ -518,7 +518,9 @@ void GraphNodeBase::setNodeOwner(GraphNodeBase* newOwner)
     if (oldOwner == newOwner || (newOwner != nullptr && newOwner->isAtOrBelow(*this))) return;
 
     std::vector<KS_String> oldFullNames;
-    for (GraphNodeBase* const child : listOfChildren()) oldFullNames.push_back(child->getFullName());
+    // By index: a host's override may change the list while it tells the name.
+    for (unsigned int i = 0; i < listOfChildren().size(); ++i)
+        oldFullNames.push_back(listOfChildren()[i]->getFullName());
 
     if (newOwner == nullptr)
     {
@@ -553,8 +555,8 @@ std::vector<GraphNodeBase::ChildRenames> GraphNodeBase::renamesOfChildren(
         GraphNodeBase* const child = listOfChildren()[i];
         GraphScene* const scene = child->getGraphScene();
         if (scene != nullptr)
-            renames.push_back(
-                {scene, GraphScene::pinRenamesBelow(child, oldFullNames[i], FullNameText(*child).view())});
+            renames.push_back({scene, GraphScene::pinRenamesBelow(child, cText(oldFullNames[i]),
+                                                                  FullNameText(*child).view())});
     }
     return renames;
 }
@@ -584,14 +586,14 @@ void GraphNodeBase::update_notCleaning() {}
 void GraphNodeBase::addNode(GraphNodeBase* child)
 {
     if (child == nullptr || isAtOrBelow(*child)) return;
-    KS_String const oldFullName = child->getFullName();
+    FullNameText const oldFullName(*child);
     PlaceInTree const place(*child);
     ScopeExit putBack([this, &place] { place.restore(*this); });
     if (GraphNodeBase* const owner = child->getNodeOwner()) owner->removeNodeFromNodesList(child);
     child->setNodeOwnerBase(this);
     addNodeToNodesList(child);
     if (GraphScene* const scene = child->getGraphScene())
-        scene->rekeyPinsBelow(child, oldFullName, FullNameText(*child).view());
+        scene->rekeyPinsBelow(child, oldFullName.view(), FullNameText(*child).view());
     putBack.dismiss();
 }
 
@@ -927,7 +929,7 @@ void GraphNodeBase::computeFullNameHash() noexcept
     placeInNames_.fullNameHash = continuedHash(start, cText(name_));
 }
 
-void GraphNodeBase::swapName(KS_String& name) noexcept
+void GraphNodeBase::swapName(std::string& name) noexcept
 {
     Renaming const renaming(*this);
     ChildList::beforeRenaming(*this);

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace kestrel::graph
@@ -319,7 +320,8 @@ public:
     /// @}
 
     /// Both append one connection value from the first input pin to the first output pin, if the node has
-    /// both; true if `out` holds any afterwards.
+    /// both; true if `out` holds any afterwards. As its source is an input, it is not `isConnected` and has
+    /// no full name, unless the pins are of both directions.
     virtual bool getInternalConnections(Array<GraphConnection, _Wa>& out) const;
     virtual bool getInternalConnectionsForPainting(Array<GraphConnection, _Wa>& out) const;
 
@@ -368,6 +370,7 @@ public:
     /// of that side named exactly once, it is the order of the names. Names of no pin are skipped, but their
     /// place counts: for every name that is found at place k, the pin at place k of the old order is not
     /// appended behind the named ones. So with a list that is not complete, pins may appear twice or be
+    /// dropped. A pin of both directions is on both sides, and stands twice afterwards; one of none is
     /// dropped.
     virtual void reorderInputPins(Array<KS_String, _Wa> const& names);
     virtual void reorderOutputPins(Array<KS_String, _Wa> const& names);
@@ -441,25 +444,26 @@ private:
     bool isInPinList(GraphNodePin const& pin) const;
     ArrayOfPtr<GraphNodeBase, KS_NO> const& listOfChildren() const;
     NodeTexts& refTexts();
-    void swapName(KS_String& name) noexcept;
+    void swapName(std::string& name) noexcept;
     void takeOwnerOf(GraphNodeBase const& other);
     void linkToOwner() noexcept;
     void unlinkFromOwner() noexcept;
     void leaveOwner() noexcept;
     void computeFullNameHash() noexcept;
 
-    detail::NodePins nodePins_;
+    // First what a look-up asks: in a large scene each further cache line costs as much as the rest of it.
     unsigned int id_ = 0xFFFFFFFFu;
     bool compound_ = false;
     bool interface_ = false;
-    GraphScene* graphScene_ = nullptr;
     GraphNodeBase* nodeOwner_ = nullptr;
-    mutable detail::NodeChildren nodes_;
-    KS_String name_;
-    std::unique_ptr<NodeTexts> texts_; // null while all of them are empty
-    detail::PlaceInList placeInList_;
-    detail::OwnerLinks ownerLinks_;
+    std::string name_;
+    GraphScene* graphScene_ = nullptr;
+    detail::NodePins nodePins_;
     detail::PlaceInNames placeInNames_;
+    detail::OwnerLinks ownerLinks_;
+    detail::PlaceInList placeInList_;
+    mutable detail::NodeChildren nodes_;
+    std::unique_ptr<NodeTexts> texts_; // null while all of them are empty
 };
 
 /// Stands for no node wherever a host needs a node object: its id is 0xFFFFFFFF. Built when the library is

@@ -17,6 +17,7 @@
 #include <new>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace kestrel::graph
 {
@@ -81,7 +82,7 @@ void visitConnectionsWithNode(GraphNodePin const& pin, GraphNodeBase const* node
 // On the heap: a rename goes up through as many parent pins as there are levels.
 PinNames::Key fullNameKey(GraphNodePin& pin)
 {
-    return PinNames::Key(FullNameText(pin).view());
+    return PinNames::Key(FullNameText(pin).hashed());
 }
 
 auto appendTo(ArrayOfPtr<GraphConnection, KS_NO>& out)
@@ -104,44 +105,59 @@ auto noteIn(bool& found)
 
 } // namespace
 
-void GraphNodePin::Lock::lock()
+/// Each link is known at both its ends.
+struct FormerPairs
+{
+    std::vector<GraphNodePin*> parents;
+    GraphNodePin* child = nullptr;
+};
+
+namespace detail
+{
+
+void PinLock::lock()
 {
     while (isHeld_.exchange(true, std::memory_order_acquire)) std::this_thread::yield();
 }
 
-void GraphNodePin::Lock::unlock()
+void PinLock::unlock()
 {
     isHeld_.store(false, std::memory_order_release);
 }
 
-GraphNodePin::ConnectionList::ConnectionList() = default;
+FormerPairsOfPin::FormerPairsOfPin() = default;
+FormerPairsOfPin::FormerPairsOfPin(FormerPairsOfPin const&) {}
+FormerPairsOfPin::~FormerPairsOfPin() = default;
 
-GraphNodePin::ConnectionList::ConnectionList(ConnectionList const& other) : connections_(other.connections_)
-{}
+FormerPairs& FormerPairsOfPin::make()
+{
+    if (pairs_ == nullptr) pairs_ = std::make_unique<FormerPairs>();
+    return *pairs_;
+}
 
-GraphNodePin::ConnectionList& GraphNodePin::ConnectionList::operator=(ConnectionList const& other)
+ConnectionList::ConnectionList() = default;
+ConnectionList::ConnectionList(ConnectionList const& other) : connections_(other.connections_) {}
+ConnectionList::~ConnectionList() = default;
+
+ConnectionList& ConnectionList::operator=(ConnectionList const& other)
 {
     set(other.connections_);
     return *this;
 }
 
-GraphNodePin::ConnectionList::~ConnectionList() = default;
-
-// From here on the host may change the list at any time, so no index can be trusted.
-ArrayOfPtr<GraphConnection, KS_NO>& GraphNodePin::ConnectionList::expose()
+ArrayOfPtr<GraphConnection, KS_NO>& ConnectionList::expose()
 {
-    exposed_ = true;
     index_.reset();
     return connections_;
 }
 
-void GraphNodePin::ConnectionList::set(ArrayOfPtr<GraphConnection, KS_NO> const& connections)
+void ConnectionList::set(ArrayOfPtr<GraphConnection, KS_NO> const& connections)
 {
     index_.reset();
     connections_ = connections;
 }
 
-void GraphNodePin::ConnectionList::append(GraphConnection* connection)
+void ConnectionList::append(GraphConnection* connection)
 {
     connections_.append(connection);
     if (!index_) return;
@@ -155,9 +171,9 @@ void GraphNodePin::ConnectionList::append(GraphConnection* connection)
     }
 }
 
-void GraphNodePin::ConnectionList::removeFast(GraphConnection* connection)
+void ConnectionList::removeFast(GraphConnection* connection, bool isExposed)
 {
-    prepareIndex();
+    prepareIndex(isExposed);
     unsigned int const position =
         index_ ? index_->find(connections_, connection) : connections_.find(connection);
     if (position == connections_.npos) return;
@@ -167,10 +183,10 @@ void GraphNodePin::ConnectionList::removeFast(GraphConnection* connection)
 
 // The index goes at half the length at which it comes, so that a list that swings around the limit does not
 // build one at every turn.
-void GraphNodePin::ConnectionList::prepareIndex()
+void ConnectionList::prepareIndex(bool isExposed)
 {
     if (connections_.size() < ConnectionIndex::longList / 2) index_.reset();
-    if (index_ || exposed_ || connections_.size() < ConnectionIndex::longList) return;
+    if (index_ || isExposed || connections_.size() < ConnectionIndex::longList) return;
     try
     {
         index_ = std::make_unique<ConnectionIndex>(connections_);
@@ -180,6 +196,8 @@ void GraphNodePin::ConnectionList::prepareIndex()
         // A removal never fails: without memory for the index, the list is searched.
     }
 }
+
+} // namespace detail
 
 GraphNodePin::GraphNodePin()
     : name_("Untitled"), borderColor_(0.0f, 1.0f, 0.0f, 1.0f), color_(0.0f, 1.0f, 0.0f, 1.0f)
@@ -197,7 +215,45 @@ GraphNodePin::GraphNodePin(GraphNodeBase* parentNode, unsigned int const& maxNum
 
 GraphNodePin::GraphNodePin(GraphNodePin const& other) = default;
 GraphNodePin& GraphNodePin::operator=(GraphNodePin const& other) = default;
-GraphNodePin::~GraphNodePin() = default;
+
+GraphNodePin::~GraphNodePin()
+{
+    leaveFormerChild();
+    while (GraphNodePin* const parent = takeFormerParent())
+        if (parent->childPin_ == this) parent->childPin_ = nullptr;
+}
+
+// Of a pin that is about to be paired with another one. A host may keep the link elsewhere.
+void GraphNodePin::keepFormerParent(GraphNodePin& parent)
+{
+    if (parent.childPin_ != this) return;
+    std::vector<GraphNodePin*>& parents = formerPairs_.make().parents;
+    parents.reserve(parents.size() + 1);
+    FormerPairs& pairs = parent.formerPairs_.make();
+    parent.leaveFormerChild();
+    parents.push_back(&parent);
+    pairs.child = this;
+}
+
+// Null when there is none left.
+GraphNodePin* GraphNodePin::takeFormerParent() noexcept
+{
+    FormerPairs* const pairs = formerPairs_.get();
+    if (pairs == nullptr || pairs->parents.empty()) return nullptr;
+    GraphNodePin* const parent = pairs->parents.back();
+    pairs->parents.pop_back();
+    parent->formerPairs_.get()->child = nullptr;
+    return parent;
+}
+
+void GraphNodePin::leaveFormerChild() noexcept
+{
+    FormerPairs* const pairs = formerPairs_.get();
+    GraphNodePin* const child = pairs != nullptr ? std::exchange(pairs->child, nullptr) : nullptr;
+    if (child == nullptr) return;
+    std::vector<GraphNodePin*>& parents = child->formerPairs_.get()->parents;
+    parents.erase(std::find(parents.begin(), parents.end(), this));
+}
 
 bool GraphNodePin::isCompoundPin() const
 {
@@ -297,7 +353,7 @@ GraphScene* GraphNodePin::getParentGraphScenePtr() const
 
 KS_String GraphNodePin::getName()
 {
-    return name_;
+    return KS_String(name_);
 }
 
 KS_String GraphNodePin::getFullName()
@@ -313,11 +369,12 @@ void GraphNodePin::setName(KS_String const& name)
 {
     bool const plain = isPlain(*this) && (parentNode_ == nullptr || hasPlainFullName(*parentNode_));
     PinNames::Key const oldFullName = plain ? PinNames::Key() : fullNameKey(*this);
-    KS_String other(name);
+    std::string other{std::string_view(name)};
     name_.swap(other);
     ScopeExit restoreName([this, &other] { name_.swap(other); });
     PinNames::Key newFullName = fullNameKey(*this);
     GraphScene* const scene = getParentGraphScenePtr();
+    if (scene != nullptr) scene->registry_->pinsByFullName.prefetch(newFullName.hash());
     GraphNodePin* const parentPin = isInterfacePin() ? getParentGraphNodePinPtr() : nullptr;
     if (parentPin != nullptr) parentPin->setName(name);
     restoreName.dismiss();
@@ -325,7 +382,9 @@ void GraphNodePin::setName(KS_String const& name)
     // Plain full names differ at the end only.
     std::string_view const front =
         newFullName.view().substr(0, newFullName.view().size() - cText(name_).size());
-    PinNames::Name const oldName = plain ? PinNames::Name(front, cText(other)) : oldFullName.view();
+    PinNames::Name const oldName =
+        plain ? PinNames::Name({front, FullNameText::hashInFrontOf(*this)}, cText(other))
+              : PinNames::Name(oldFullName.view());
     if (!newFullName.is(oldName)) scene->rekeyPin({oldName, std::move(newFullName)});
 }
 
@@ -408,13 +467,13 @@ void GraphNodePin::addOutputConnection(GraphConnection* connection)
 void GraphNodePin::removeInputConnection(GraphConnection* connection)
 {
     std::lock_guard const guard(lock_);
-    inputConnections_.removeFast(connection);
+    inputConnections_.removeFast(connection, inputsAreExposed_);
 }
 
 void GraphNodePin::removeOutputConnection(GraphConnection* connection)
 {
     std::lock_guard const guard(lock_);
-    outputConnections_.removeFast(connection);
+    outputConnections_.removeFast(connection, outputsAreExposed_);
 }
 
 bool GraphNodePin::allowsInternalConnections() const
@@ -474,6 +533,7 @@ void GraphNodePin::removeInternalConnection(GraphNodePin*)
 
 ArrayOfPtr<GraphConnection, KS_NO>& GraphNodePin::refInputConnections()
 {
+    inputsAreExposed_ = true;
     return inputConnections_.expose();
 }
 
@@ -484,6 +544,7 @@ void GraphNodePin::setInputConnections(ArrayOfPtr<GraphConnection, KS_NO> const&
 
 ArrayOfPtr<GraphConnection, KS_NO>& GraphNodePin::refOutputConnections()
 {
+    outputsAreExposed_ = true;
     return outputConnections_.expose();
 }
 

@@ -10,15 +10,80 @@
 
 #include <atomic>
 #include <memory>
+#include <string>
 
 namespace kestrel::graph
 {
 
 class ConnectionIndex;
+struct FormerPairs;
 class GraphConnection;
 class GraphNodeBase;
 class GraphNodePin;
 class GraphScene;
+
+namespace detail
+{
+
+/// What `GraphNodePin` is made of. Of no use to a host.
+/// @cond
+/// One of the two lists, with an index beside it once a removal has met a long one.
+class ConnectionList
+{
+public:
+    ConnectionList();
+    ConnectionList(ConnectionList const& other);
+    ConnectionList& operator=(ConnectionList const& other);
+    ~ConnectionList();
+
+    ArrayOfPtr<GraphConnection, KS_NO> const& get() const { return connections_; }
+    /// From here on the host may change the list, so no index can be trusted.
+    ArrayOfPtr<GraphConnection, KS_NO>& expose();
+    void set(ArrayOfPtr<GraphConnection, KS_NO> const& connections);
+    void append(GraphConnection* connection);
+    void removeFast(GraphConnection* connection, bool isExposed);
+
+private:
+    void prepareIndex(bool isExposed);
+
+    ArrayOfPtr<GraphConnection, KS_NO> connections_;
+    std::unique_ptr<ConnectionIndex> index_;
+};
+
+/// Small, since every pin has one, and held for a few steps only. Neither copied nor assigned with its pin.
+class PinLock
+{
+public:
+    PinLock() = default;
+    PinLock(PinLock const&) {}
+    PinLock& operator=(PinLock const&) { return *this; }
+
+    void lock();
+    void unlock();
+
+private:
+    std::atomic<bool> isHeld_{false};
+};
+
+/// An interface pin that is paired again leaves its compound pin with a link to it. Each of the two knows of
+/// the other, so that none follows a pin that is gone. Neither copied nor assigned with its pin.
+class FormerPairsOfPin
+{
+public:
+    FormerPairsOfPin();
+    FormerPairsOfPin(FormerPairsOfPin const&);
+    FormerPairsOfPin& operator=(FormerPairsOfPin const&) { return *this; }
+    ~FormerPairsOfPin();
+
+    FormerPairs& make();
+    FormerPairs* get() const { return pairs_.get(); }
+
+private:
+    std::unique_ptr<FormerPairs> pairs_; // few pins have any
+};
+/// @endcond
+
+} // namespace detail
 
 /// The direction of a pin. Every test of a direction asks whether two sets share a bit.
 using PinDirection = Flag<GraphNodePin, unsigned int>;
@@ -269,58 +334,26 @@ private:
 
     bool appendOutputPinsOfNode(ArrayOfPtr<GraphNodePin, KS_NO>& out) const;
 
-    // One of the two lists, with an index beside it once a removal has met a long one.
-    class ConnectionList
-    {
-    public:
-        ConnectionList();
-        ConnectionList(ConnectionList const& other);
-        ConnectionList& operator=(ConnectionList const& other);
-        ~ConnectionList();
+    void keepFormerParent(GraphNodePin& parent);
+    GraphNodePin* takeFormerParent() noexcept;
+    void leaveFormerChild() noexcept;
 
-        ArrayOfPtr<GraphConnection, KS_NO> const& get() const { return connections_; }
-        ArrayOfPtr<GraphConnection, KS_NO>& expose();
-        void set(ArrayOfPtr<GraphConnection, KS_NO> const& connections);
-        void append(GraphConnection* connection);
-        void removeFast(GraphConnection* connection);
-
-    private:
-        void prepareIndex();
-
-        ArrayOfPtr<GraphConnection, KS_NO> connections_;
-        std::unique_ptr<ConnectionIndex> index_;
-        bool exposed_ = false;
-    };
-
-    // Small, since every pin has one, and held for a few steps only. Neither copied nor assigned with its
-    // pin.
-    class Lock
-    {
-    public:
-        Lock() = default;
-        Lock(Lock const&) {}
-        Lock& operator=(Lock const&) { return *this; }
-
-        void lock();
-        void unlock();
-
-    private:
-        std::atomic<bool> isHeld_{false};
-    };
-
+    // First what wiring needs, in as few cache lines as can be.
     unsigned int id_ = 0xFFFFFFFFu;
     unsigned int maxNumConnections_ = 0;
     GraphNodeBase* parentNode_ = nullptr;
     PinDirection direction_;
+    detail::PinLock lock_;
+    bool outputsAreExposed_ = false; // the host has the list in hand, and may change it at any time
+    bool inputsAreExposed_ = false;
+    detail::ConnectionList outputConnections_;
+    detail::ConnectionList inputConnections_;
     GraphNodePin* childPin_ = nullptr;
     GraphNodePin* parentPin_ = nullptr;
-    KS_String name_;
+    detail::FormerPairsOfPin formerPairs_;
+    std::string name_;
     Color4<float> borderColor_;
     Color4<float> color_;
-    ConnectionList outputConnections_;
-    ConnectionList inputConnections_;
-    Lock lock_;
-    bool wasPairedAgain_ = false; // the first compound pin of an interface pin still has a link to it
 };
 
 } // namespace kestrel::graph

@@ -125,7 +125,9 @@ GraphScene::GraphScene(GraphScene const& other)
       lastImportedConnections_(other.lastImportedConnections_),
       clearing_(other.clearing_),
       lastFreeNodeId_(other.lastFreeNodeId_)
-{}
+{
+    other.registry_->connectionsKnowTheirPlaces = false;
+}
 
 // A copy that fails leaves this scene as it was.
 GraphScene& GraphScene::operator=(GraphScene const& other)
@@ -556,7 +558,11 @@ void GraphScene::clearMessages()
 {
     messages_.clear();
     if (clearing_) return;
-    registry_->nodesById.forEach([](unsigned int, GraphNodeBase* node) { node->clearMessages(); });
+    registry_->nodesById.forEach(
+        [](unsigned int, GraphNodeBase* node)
+        {
+            if (node != nullptr) node->clearMessages();
+        });
 }
 
 // ---- Node colours and XML ----
@@ -587,7 +593,11 @@ KS_String GraphScene::toXml() const
     // Built in a text that grows by factors: KS_String grows exactly, so appending to it would copy the text
     // once for each element.
     std::string text = "<graph>\n<nodes>\n";
-    registry_->nodesById.forEach([&text](unsigned int, GraphNodeBase* node) { text += node->toXml(); });
+    registry_->nodesById.forEach(
+        [&text](unsigned int, GraphNodeBase* node)
+        {
+            if (node != nullptr) text += node->toXml();
+        });
     text += "</nodes>\n<connections>\n";
     for (GraphConnection* const connection : graphConnections_)
         if (connection != nullptr) text += connection->toXml();
@@ -702,7 +712,7 @@ bool GraphScene::insertPinInMapByFullName(KS_String const& name, GraphNodePin* p
 
 void GraphScene::insertUnderFullName(GraphNodePin& pin)
 {
-    isDirty_ = registry_->pinsByFullName.insert(FullNameText(pin).view(), &pin);
+    isDirty_ = registry_->pinsByFullName.insert(FullNameText(pin).hashed(), &pin);
 }
 
 void GraphScene::removeNodeFromMapById(unsigned int const& id)
@@ -724,9 +734,9 @@ void GraphScene::removePinFromMapByFullName(KS_String const& name)
     eraseFullName(cText(name));
 }
 
-void GraphScene::eraseFullName(std::string_view name)
+void GraphScene::eraseFullName(HashedText const& name)
 {
-    if (registry_->pinsByFullName.erase(name)) registry_->freePinNumbers.released(name);
+    if (registry_->pinsByFullName.erase(name)) registry_->freePinNumbers.released(name.text);
     isDirty_ = true;
 }
 
@@ -750,23 +760,23 @@ void GraphScene::updateRenamedNodeInMapByFullName(GraphNodeBase* node, KS_String
 {
     if (node == nullptr) return;
     GraphNodeBase* const owner = node->isRoot() ? nullptr : node->getNodeOwner();
-    rekeyPinsBelow(node, owner != nullptr ? dottedName(owner->getFullName(), oldName) : oldName,
-                   FullNameText(*node).view());
+    KS_String const oldFullName = owner != nullptr ? dottedName(owner->getFullName(), oldName) : oldName;
+    rekeyPinsBelow(node, cText(oldFullName), FullNameText(*node).view());
 }
 
 void GraphScene::updateReparentedNodeInMapByFullName(GraphNodeBase* node, KS_String const& oldFullName,
                                                      KS_String const& newFullName)
 {
-    if (node != nullptr) rekeyPinsBelow(node, oldFullName, cText(newFullName));
+    if (node != nullptr) rekeyPinsBelow(node, cText(oldFullName), cText(newFullName));
 }
 
 void GraphScene::updateRenamedPinInMapByFullName(KS_String const& oldFullName, KS_String const& newFullName)
 {
-    rekeyPin({cText(oldFullName), PinNames::Key(cText(newFullName))});
+    rekeyPin({HashedText(cText(oldFullName)), PinNames::Key(cText(newFullName))});
 }
 
 // Gathers every name before it changes the first key: what can fail comes first.
-void GraphScene::rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullName,
+void GraphScene::rekeyPinsBelow(GraphNodeBase* node, std::string_view oldFullName,
                                 std::string_view newFullName)
 {
     PinRenames renames = pinRenamesBelow(node, oldFullName, newFullName);
@@ -774,25 +784,36 @@ void GraphScene::rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullNam
 }
 
 // The pins of the node and of everything below it, with the full names that they have now.
-PinRenames GraphScene::pinRenamesBelow(GraphNodeBase const* node, KS_String const& oldFullName,
+PinRenames GraphScene::pinRenamesBelow(GraphNodeBase const* node, std::string_view oldFullName,
                                        std::string_view newFullName)
 {
     ArrayOfPtr<GraphNodePin, KS_NO> pins;
     node->getAllChildNodePins(pins, true);
-    PinRenames renames{oldFullName, newFullName.size(), {}};
+    PinRenames renames{std::string(oldFullName), newFullName.size(), {}};
     renames.newNames.reserve(pins.size());
-    for (GraphNodePin* const pin : pins) renames.newNames.emplace_back(FullNameText(*pin).view());
+    for (GraphNodePin* const pin : pins) renames.newNames.emplace_back(FullNameText(*pin).hashed());
     return renames;
 }
 
 void GraphScene::rekeyPins(PinRenames& renames) noexcept
 {
     ++registry_->version;
-    for (PinNames::Key& newName : renames.newNames)
+    HashedText const oldFront(renames.oldFront);
+    auto const oldName = [&](PinNames::Key const& newName)
     {
-        std::string_view const end =
-            newName.view().substr(std::min(newName.view().size(), renames.newFrontLength));
-        rekeyPin({{cText(renames.oldFront), end}, std::move(newName)});
+        std::string_view const text = newName.view();
+        return PinNames::Name(oldFront, text.substr(std::min(text.size(), renames.newFrontLength)));
+    };
+    std::vector<PinNames::Key>& newNames = renames.newNames;
+    constexpr std::size_t ahead = 4;
+    for (std::size_t i = 0; i < newNames.size() + ahead; ++i)
+    {
+        if (i < newNames.size())
+        {
+            registry_->pinsByFullName.prefetch(newNames[i].hash());
+            registry_->pinsByFullName.prefetch(oldName(newNames[i]).hash());
+        }
+        if (i >= ahead) rekeyPin({oldName(newNames[i - ahead]), std::move(newNames[i - ahead])});
     }
 }
 
@@ -932,10 +953,11 @@ GraphNodePin* GraphScene::createCompoundPinForInterfacePin(GraphNodePin* interfa
         interfacePin != nullptr ? interfacePin->getParentGraphNodePtr() : nullptr;
     GraphNodeBase* const compound = node != nullptr ? node->getNodeOwner() : nullptr;
     if (compound == nullptr) return nullptr;
+    if (GraphNodePin* const former = interfacePin->getParentGraphNodePinPtr())
+        interfacePin->keepFormerParent(*former);
     GraphNodePin* const compoundPin =
         createNewPin(compound, unlimitedConnections, interfacePin->isInputPin() ? PIN_OUTPUT : PIN_INPUT);
     if (compoundPin == nullptr) return nullptr;
-    if (interfacePin->getParentGraphNodePinPtr() != nullptr) interfacePin->wasPairedAgain_ = true;
     compoundPin->setChildGraphNodePinPtr(interfacePin);
     interfacePin->setParentGraphNodePinPtr(compoundPin);
     return compoundPin;
@@ -1024,6 +1046,8 @@ GraphNodePin* GraphScene::createNewPin(GraphNodeBase* node, unsigned int const& 
                                        PinDirection const& direction)
 {
     if (node == nullptr) return nullptr;
+    // Which name it gets is certain only when it is asked for.
+    registry_->pinsByFullName.prefetch(continuedHash(node->placeInNames_.fullNameHash, ".Untitled"));
     GraphNodePin* const pin = createNewPin(maxNumConnections, direction);
     if (pin == nullptr) return nullptr;
     ScopeExit discard(
@@ -1096,7 +1120,7 @@ bool GraphScene::removeNodePin(GraphNodePin* pin)
     if (pin == nullptr) return false;
     FullNameText const fullName(*pin);
     removePinFromMapById(pin->getId());
-    eraseFullName(fullName.view());
+    eraseFullName(fullName.hashed());
     return true;
 }
 
@@ -1138,18 +1162,9 @@ void GraphScene::endPin(GraphNodePin* pin)
     GraphNodePin* const parent = pin->getParentGraphNodePinPtr();
     if (parent != nullptr && parent->getChildGraphNodePinPtr() == pin)
         parent->setChildGraphNodePinPtr(nullptr);
-    if (pin->wasPairedAgain_) leaveFormerParents(*pin);
+    while (GraphNodePin* const former = pin->takeFormerParent())
+        if (former->getChildGraphNodePinPtr() == pin) former->setChildGraphNodePinPtr(nullptr);
     delete pin;
-}
-
-// A second pairing leaves the first compound pin with a link to the interface pin.
-void GraphScene::leaveFormerParents(GraphNodePin const& pin)
-{
-    registry_->pinsById.forEach(
-        [&pin](unsigned int, GraphNodePin* other)
-        {
-            if (other->getChildGraphNodePinPtr() == &pin) other->setChildGraphNodePinPtr(nullptr);
-        });
 }
 
 // ---- Wiring ----
@@ -1220,6 +1235,7 @@ GraphConnection* GraphScene::connectBase(GraphNodePin const* pin, GraphNodeBase 
 void GraphScene::enter(GraphConnection* connection, GraphNodePin* source, GraphNodePin* target)
 {
     graphConnections_.append(connection);
+    connection->placeInScene_ = graphConnections_.size() - 1;
     ScopeExit leave(
         [this, connection, source, target]
         {
@@ -1315,11 +1331,19 @@ void GraphScene::takeOutOfArray(GraphConnection* connection)
     if (position == graphConnections_.npos) return;
     graphConnections_.removeFastAt(position);
     if (registry_->arrayIndex) registry_->arrayIndex->removed(graphConnections_, connection, position);
+    if (registry_->connectionsKnowTheirPlaces && position < graphConnections_.size())
+        graphConnections_[position]->placeInScene_ = position;
 }
 
 // The host may have moved the connection: then a search finds it, and the next removal makes a new index.
 unsigned int GraphScene::positionInArray(GraphConnection const* connection)
 {
+    if (registry_->connectionsKnowTheirPlaces)
+    {
+        unsigned int const place = connection->placeInScene_;
+        bool const isThere = place < graphConnections_.size() && graphConnections_[place] == connection;
+        return isThere ? place : graphConnections_.npos;
+    }
     prepareArrayIndex();
     if (registry_->arrayIndex)
     {
@@ -1347,8 +1371,15 @@ void GraphScene::prepareArrayIndex()
 
 void GraphScene::setGraphConnections(ArrayOfPtr<GraphConnection, KS_NO> const& connections)
 {
+    registry_->connectionsKnowTheirPlaces = false;
     registry_->arrayIndex.reset();
     graphConnections_ = connections;
+}
+
+ArrayOfPtr<GraphConnection, KS_NO>& GraphScene::refGraphConnections()
+{
+    registry_->connectionsKnowTheirPlaces = false;
+    return graphConnections_;
 }
 
 // ---- Adjacency counts ----

@@ -21,6 +21,7 @@ namespace kestrel::graph
 
 template <class T>
 class IdMap;
+struct HashedText;
 struct PinRename;
 struct PinRenames;
 struct SceneRegistry;
@@ -100,7 +101,8 @@ public:
     /// @name Looking up
     /// @{
 
-    /// Null for 0xFFFFFFFF, which is no id, and for an unknown one. Logarithmic.
+    /// Null for 0xFFFFFFFF, which is no id, and for an unknown one. Constant for ids that lie close together,
+    /// as those of `getFreeNodeId` do, else logarithmic.
     virtual GraphNodeBase* getNodePtrById(unsigned int const& id) const;
 
     /// The root node if its full name is `name`, registered or not; else the first registered node of that
@@ -136,7 +138,8 @@ public:
 
     /// @name Connectable pins
     /// Null gives false. With `excludeFull`, full pins are removed from the whole of the lists afterwards,
-    /// and the result is whether the lists (both of them) hold any pin, whatever the nodes said.
+    /// and the result is whether the lists (both of them) hold any pin, whatever the nodes said. Two nodes
+    /// are asked pair by pair: the cost is the number of pins of the one times that of the other.
     /// @{
 
     /// The pins of `node` that take a connection from `pin`.
@@ -230,15 +233,16 @@ public:
 
     /// @name Wiring rules: what an editor asks while the user drags
     /// @{
-    /// Asks the node alone: `allowsConnectionFrom(pin)`, or `allowsConnectionTo(pin)` when the pin is not the
-    /// source.
+    /// Asks the node alone, not whether pins are full: `allowsConnectionFrom(pin)`, or, when the pin is not
+    /// the source, `allowsConnectionTo(pin)`, which is false for plain pins though `connect` would wire them
+    /// (see there). `getConnectablePins` tells what `connect` finds.
     virtual bool isConnectionAllowed(GraphNodePin const* pin, GraphNodeBase const* node,
                                      bool const& pinIsSource) const;
     virtual bool isConnectionAllowed(GraphNodePin const* pin, GraphNodeBase const* node) const;
     virtual bool isConnectionAllowed(GraphNodeBase const* node, GraphNodePin const* pin) const;
     /// `source->allowsConnectionTo(target)`, and neither pin full.
     virtual bool isConnectionAllowed(GraphNodePin const* source, GraphNodePin const* target) const;
-    /// `source->allowsConnectionTo(target)`; the target is not asked.
+    /// `source->allowsConnectionTo(target)`; the target is not asked, nor whether pins are full.
     virtual bool isConnectionAllowed(GraphNodeBase const* source, GraphNodeBase const* target) const;
     /// @}
 
@@ -332,9 +336,10 @@ public:
     /// - `newInterfaceNodes`, `newCompoundPins`: what was made;
     /// - `removedConnections`, `removedOuterConnections`: values of the connections that were deleted.
     ///
-    /// Interface nodes in the list are not moved. A moved node whose name is taken at its new place, whatever
-    /// the case of its letters, gets a free one; so does a node that is there already, whose own name it is.
-    /// Connections that `connect` refuses are null entries. Implicit connections are left alone. A compound
+    /// Interface nodes in the list are not moved; a move out replaces their connections all the same. A moved
+    /// node whose name is taken at its new place, whatever the case of its letters, gets a free one; so does
+    /// a node that is there already, whose own name it is. Connections that `connect` refuses are null
+    /// entries. Implicit connections are left alone, but for the outer ones that a move out takes. A compound
     /// may be moved like any node. All moves return true.
     ///
     /// The new pins come from `createNewPin` and know nothing of the connection that they replace, which is
@@ -460,7 +465,8 @@ public:
     /// @}
 
     /// @name Wiring
-    /// All of them return the new connection, or null when nothing was made; the scene is then as it was.
+    /// All of them return the new connection, which the scene owns, or null when nothing was made; the scene
+    /// is then as it was. A null pin or node makes nothing. Between two pins, constant on average.
     /// @{
 
     /// Makes the connection object and nothing else; `connect` takes it over. A host overrides it for a class
@@ -550,10 +556,12 @@ public:
     /// @}
 
     /// @name The connection array, in creation order until a removal moves the last one
-    /// The host may reorder it; `set` replaces it and wires nothing.
+    /// The host may reorder it; `set` replaces it and wires nothing. A removal costs the same whatever the
+    /// length; once the host has had the array in hand, or a copy of the scene was made, it needs an index
+    /// for that, which the first removal from a long array makes.
     /// @{
     ArrayOfPtr<GraphConnection, KS_NO> const& getGraphConnections() const { return graphConnections_; }
-    ArrayOfPtr<GraphConnection, KS_NO>& refGraphConnections() { return graphConnections_; }
+    ArrayOfPtr<GraphConnection, KS_NO>& refGraphConnections();
     void setGraphConnections(ArrayOfPtr<GraphConnection, KS_NO> const& connections);
     /// @}
 
@@ -652,11 +660,11 @@ private:
 
     void rekeyPins(PinRenames& renames) noexcept;
     void rekeyPin(PinRename&& rename) noexcept;
-    void rekeyPinsBelow(GraphNodeBase* node, KS_String const& oldFullName, std::string_view newFullName);
-    static PinRenames pinRenamesBelow(GraphNodeBase const* node, KS_String const& oldFullName,
+    void rekeyPinsBelow(GraphNodeBase* node, std::string_view oldFullName, std::string_view newFullName);
+    static PinRenames pinRenamesBelow(GraphNodeBase const* node, std::string_view oldFullName,
                                       std::string_view newFullName);
     void insertUnderFullName(GraphNodePin& pin);
-    void eraseFullName(std::string_view name);
+    void eraseFullName(HashedText const& name);
     bool hasPlainNames() const;
     GraphNodeBase* findAsked(IdMap<GraphNodeBase> const& nodes, KS_String const& fullName,
                              GraphNodeBase* plain) const;
@@ -664,7 +672,6 @@ private:
     void gatherConnections(ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes, bool skipInterfaces,
                            bool includeImplicit, ArrayOfPtr<GraphConnection, KS_NO>& out) const;
     void endPin(GraphNodePin* pin);
-    void leaveFormerParents(GraphNodePin const& pin);
     void unregisterId(GraphNodePin const& pin);
     void swapState(GraphScene& other) noexcept;
     void removeEach(ArrayOfPtr<GraphConnection, KS_NO>& connections);

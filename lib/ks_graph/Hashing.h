@@ -24,6 +24,16 @@ constexpr std::uint64_t hashOf(std::string_view text)
     return continuedHash(emptyTextHash, text);
 }
 
+/// A text that is looked up, with its hash.
+struct HashedText
+{
+    HashedText(std::string_view looked) : text(looked), hash(hashOf(looked)) {} // NOLINT: a text is one
+    HashedText(std::string_view looked, std::uint64_t itsHash) : text(looked), hash(itsHash) {}
+
+    std::string_view text;
+    std::uint64_t hash;
+};
+
 /// Spreads numbers that differ in a few bits over all of them.
 constexpr std::uint64_t spread(std::uint64_t number)
 {

@@ -118,7 +118,7 @@ private:
 
     std::uint64_t nextScattered(std::uint64_t from) const
     {
-        if (scattered_.empty() || from >= endOfIds) return none;
+        if (scattered_.empty()) return none;
         auto const entry = scattered_.lower_bound(static_cast<unsigned int>(from));
         return entry != scattered_.end() ? entry->first : none;
     }

@@ -15,6 +15,11 @@ inline std::string_view cText(KS_String const& text)
     return text.c_str();
 }
 
+inline std::string_view cText(std::string const& text)
+{
+    return text.c_str();
+}
+
 /// "<owner>.<name>", in one allocation.
 inline KS_String dottedName(KS_String const& owner, KS_String const& name)
 {

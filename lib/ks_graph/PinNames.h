@@ -24,12 +24,12 @@ public:
     /// A name in two pieces, so that a part that many have in common need not be copied.
     struct Name
     {
-        Name(std::string_view text) : front(text) {} // NOLINT: a text is a name
-        Name(std::string_view begin, std::string_view end) : front(begin), back(end) {}
+        Name(HashedText const& text) : front(text) {} // NOLINT: a text is a name
+        Name(HashedText const& begin, std::string_view end) : front(begin), back(end) {}
 
-        std::uint64_t hash() const { return continuedHash(hashOf(front), back); }
+        std::uint64_t hash() const { return continuedHash(front.hash, back); }
 
-        std::string_view front;
+        HashedText front;
         std::string_view back;
     };
 
@@ -38,12 +38,12 @@ public:
     {
     public:
         Key() = default;
-        explicit Key(std::string_view text)
-            : text_(new char[text.size()]),
-              length_(static_cast<std::uint32_t>(text.size())),
-              hash_(static_cast<std::uint32_t>(hashOf(text)))
+        explicit Key(HashedText const& name)
+            : text_(new char[name.text.size()]),
+              length_(static_cast<std::uint32_t>(name.text.size())),
+              hash_(static_cast<std::uint32_t>(name.hash))
         {
-            std::copy(text.begin(), text.end(), text_.get());
+            std::copy(name.text.begin(), name.text.end(), text_.get());
         }
 
         std::string_view view() const { return {text_.get(), length_}; }
@@ -52,8 +52,8 @@ public:
 
         bool is(Name const& name) const
         {
-            return length_ == name.front.size() + name.back.size() && view().starts_with(name.front) &&
-                   view().ends_with(name.back);
+            return length_ == name.front.text.size() + name.back.size() &&
+                   view().starts_with(name.front.text) && view().ends_with(name.back);
         }
 
     private:
@@ -71,40 +71,46 @@ public:
     }
 
     /// False, with nothing changed, when the name is taken.
-    bool insert(std::string_view name, GraphNodePin* pin)
+    bool insert(HashedText const& name, GraphNodePin* pin)
     {
-        if (entryOf(name) != nullptr) return false;
+        settle();
+        if (contains(name)) return false;
         Key key(name);
         entries_.reserveOneMore();
         entries_.insert({std::move(key), pin});
         return true;
     }
 
-    bool contains(std::string_view name) const { return entryOf(name) != nullptr; }
+    bool contains(HashedText const& name) const { return found(name) != nullptr; }
 
     /// Null for an unknown name.
-    GraphNodePin* find(std::string_view name) const
+    GraphNodePin* find(HashedText const& name) const
     {
-        Entry const* const entry = entryOf(name);
+        Entry const* const entry = found(name);
         return entry != nullptr ? entry->pin : nullptr;
     }
 
     /// False for an unknown name.
-    bool erase(std::string_view name) noexcept
+    bool erase(HashedText const& name) noexcept
     {
+        settle();
         Entry* const entry = entryOf(name);
         if (entry != nullptr) entries_.erase(entry);
         return entry != nullptr;
     }
 
+    /// Ahead of an operation on this name.
+    void prefetch(std::uint64_t hash) const { entries_.prefetch(static_cast<std::uint32_t>(hash)); }
+
     /// False for an unknown old name. A new name that is taken keeps its pin.
     bool rekey(Name const& oldName, Key&& newKey) noexcept
     {
+        settle();
         Entry* const entry = entryOf(oldName);
         if (entry == nullptr) return false;
-        GraphNodePin* const pin = entry->pin;
+        waiting_ = {std::move(newKey), entry->pin};
         entries_.erase(entry);
-        if (entryOf(newKey.view()) == nullptr) entries_.insert({std::move(newKey), pin});
+        prefetch(waiting_.hash());
         return true;
     }
 
@@ -113,14 +119,16 @@ public:
     template <class IsWanted>
     GraphNodePin* findFirst(IsWanted isWanted) const
     {
-        Entry const* first = nullptr;
-        entries_.forEach(
-            [&](Entry const& entry)
+        std::string_view first;
+        GraphNodePin* found = nullptr;
+        forEach(
+            [&](std::string_view name, GraphNodePin* pin)
             {
-                if (isWanted(entry.key.view()) && (first == nullptr || entry.key.view() < first->key.view()))
-                    first = &entry;
+                if (!isWanted(name) || (found != nullptr && first <= name)) return;
+                first = name;
+                found = pin;
             });
-        return first != nullptr ? first->pin : nullptr;
+        return found;
     }
 
     /// `visit(name, pin)`, in no particular order.
@@ -128,6 +136,7 @@ public:
     void forEach(Visit visit) const
     {
         entries_.forEach([&visit](Entry const& entry) { visit(entry.key.view(), entry.pin); });
+        if (!waiting_.isFree() && entryOf(waiting_.key) == nullptr) visit(waiting_.key.view(), waiting_.pin);
     }
 
 private:
@@ -140,6 +149,7 @@ private:
         std::uint64_t hash() const { return key.hash(); }
     };
 
+    Entry const* entryOf(Key const& key) const { return entryOf(Name({key.view(), key.hash()})); }
     Entry* entryOf(Name const& name) { return const_cast<Entry*>(std::as_const(*this).entryOf(name)); }
     Entry const* entryOf(Name const& name) const
     {
@@ -148,7 +158,23 @@ private:
                              { return entry.key.hash() == hash && entry.key.is(name); });
     }
 
+    Entry const* found(HashedText const& name) const
+    {
+        if (Entry const* const entry = entryOf(name)) return entry;
+        return !waiting_.isFree() && waiting_.key.is(name) ? &waiting_ : nullptr;
+    }
+
+    void settle() noexcept
+    {
+        if (waiting_.isFree()) return;
+        if (entryOf(waiting_.key) == nullptr) entries_.insert(std::move(waiting_));
+        waiting_ = Entry();
+    }
+
     FlatTable<Entry> entries_;
+    // What was re-keyed last, as long as nothing else changes: a pin is made and then named, and meanwhile
+    // its place in the table is on the way into the cache. A name that is taken there keeps its pin.
+    Entry waiting_;
 };
 
 } // namespace kestrel::graph

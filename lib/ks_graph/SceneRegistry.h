@@ -9,8 +9,7 @@
 #include "NodeNames.h"
 #include "PinNames.h"
 
-#include <foundation/KS_String.h>
-
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -32,7 +31,7 @@ struct PinRename
 /// them has begun with the old name, and now begins with the new one.
 struct PinRenames
 {
-    KS_String oldFront;
+    std::string oldFront;
     std::size_t newFrontLength = 0;
     std::vector<PinNames::Key> newNames;
 };
@@ -48,7 +47,8 @@ struct SceneRegistry
           pinsById(other.pinsById),
           pinsByFullName(other.pinsByFullName),
           adjacency(other.adjacency),
-          nodeNames(other.nodeNames)
+          nodeNames(other.nodeNames),
+          connectionsKnowTheirPlaces(false)
     {}
     SceneRegistry& operator=(SceneRegistry const&) = delete;
 
@@ -65,7 +65,10 @@ struct SceneRegistry
     AdjacencyCounts adjacency;
     NodeNames nodeNames;
     FreeNumbers freePinNumbers;
-    /// Of the connection array; made by the first removal from a long one.
+    /// Whether each connection of the array is alive and knows its place there. Not in an array that a host
+    /// has had in hand, nor when a copy of the scene has the same connections: either may delete them.
+    std::atomic<bool> connectionsKnowTheirPlaces{true};
+    /// Of an array whose connections do not; made by the first removal from a long one.
     std::unique_ptr<ConnectionIndex> arrayIndex;
     /// Of the free node name that is being looked for.
     FullNameWalk* currentWalk = nullptr;
@@ -78,7 +81,7 @@ private:
         if (freePinNumbers.isEmpty()) return;
         try
         {
-            freePinNumbers.released(std::string(name.front).append(name.back));
+            freePinNumbers.released(std::string(name.front.text).append(name.back));
         }
         catch (std::bad_alloc const&)
         {

@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -76,24 +77,27 @@ TEST(AllocationFailure, LeavesATextAsItWasThatCouldNotBeFormatted)
     std::string const longText(1000, 'x'); // too long for the stack
     KS_String const before("before");
     unsigned int failures = 0;
-    for (long number = 1; number <= 4; ++number)
+    for (bool const persistently : {false, true})
     {
-        KS_String replaced(before);
-        KS_String appended(before);
-        try
+        for (long number = 1; number <= 4; ++number)
         {
-            FailAllocation const failure(number, true);
-            replaced.format("%s", longText.c_str());
-            appended.appendFormat("%s", longText.c_str());
+            KS_String replaced(before);
+            KS_String appended(before);
+            try
+            {
+                FailAllocation const failure(number, persistently);
+                replaced.format("%s", longText.c_str());
+                appended.appendFormat("%s", longText.c_str());
+            }
+            catch (std::bad_alloc const&)
+            {
+                ++failures;
+            }
+            EXPECT_EQ(replaced, number > 2 ? KS_String(longText) : before) << number;
+            EXPECT_EQ(appended, before) << number;
         }
-        catch (std::bad_alloc const&)
-        {
-            ++failures;
-        }
-        EXPECT_EQ(replaced, number > 2 ? KS_String(longText) : before) << number;
-        EXPECT_EQ(appended, before) << number;
     }
-    EXPECT_EQ(failures, 4u);
+    EXPECT_EQ(failures, 8u);
 }
 
 namespace
@@ -136,6 +140,8 @@ public:
         remove(position);
     }
 
+    std::size_t size() const { return model_.size(); }
+
     void expectEqual() const { EXPECT_EQ(listed(pin_.getInputConnections()), model_); }
 
 private:
@@ -168,6 +174,153 @@ TEST(AllocationFailure, DoesNotReachAnAdditionToALongPinListThatHasRoom)
     {
         pin.remove(position);
         pin.expectEqual();
+    }
+}
+
+TEST(AllocationFailure, OfTheIndexOfALongPinListLeavesTheListRight)
+{
+    PinListAndModel pin(110);
+    while (pin.size() > 30) pin.remove(0);
+    while (pin.size() < 96) pin.add();
+    pin.remove(3); // makes an index that has room for 96
+    pin.addWithoutMemory();
+    pin.addWithoutMemory();
+    pin.expectEqual();
+    for (unsigned int const position : {96u, 7u, 0u})
+    {
+        pin.remove(position);
+        pin.expectEqual();
+    }
+}
+
+TEST(AllocationFailure, LeavesTheCountsOfConnectedNodesRight)
+{
+    TestGraph<OpenScene> graph;
+    OpenScene& scene = graph.scene;
+    for (unsigned int i = 0; i < 30; ++i)
+    {
+        SCOPED_TRACE(i);
+        TestNode& source = graph.addNode("source");
+        TestNode& target = graph.addNode("target");
+        scene.setUseAdjacencyMap(false);
+        GraphConnection const* const connection =
+            scene.connect(&graph.addOutput(source), &graph.addInput(target), false);
+        EXPECT_FALSE(scene.nodeHasConnectionsInAdjacencyMapAsSource(&source, true, true));
+        try
+        {
+            FailAllocation const failure(1, true);
+            scene.addConnectionToAdjacencyMaps(connection);
+        }
+        catch (std::bad_alloc const&)
+        {
+            EXPECT_FALSE(scene.nodeHasConnectionsInAdjacencyMapAsTarget(&target, true, true));
+            scene.addConnectionToAdjacencyMaps(connection);
+        }
+        EXPECT_TRUE(scene.nodeHasConnectionsInAdjacencyMapAsSource(&source, true, true));
+        EXPECT_TRUE(scene.nodeHasConnectionsInAdjacencyMapAsTarget(&target, true, true));
+        EXPECT_FALSE(scene.nodeHasConnectionsInAdjacencyMapAsSource(&target, true, true));
+        EXPECT_EQ(scene.getNumberOfConnectionsInAdjacencyMap(&source, &target, true, false), 1);
+    }
+}
+
+TEST(AllocationFailure, LeavesQuestionsForConnectedNodesToBeAnswered)
+{
+    TestGraph<OpenScene> graph;
+    std::vector<TestNode*> nodes;
+    for (unsigned int i = 0; i < 6; ++i) nodes.push_back(&graph.addFilter("node"));
+    graph.scene.setUseAdjacencyMap(true);
+    auto const connect = [&](std::size_t source, std::size_t target, bool implicit)
+    { graph.scene.connect(nodes[source], nodes[target], implicit); };
+    connect(0, 1, false);
+    connect(0, 2, true);
+    connect(3, 3, false);
+    connect(4, 4, true);
+    connect(1, 4, true);
+    for (TestNode* const node : nodes)
+        for (bool const includeImplicit : {false, true})
+            for (bool const ignoreSelf : {false, true})
+            {
+                SCOPED_TRACE(testing::Message() << node->getId() << includeImplicit << ignoreSelf);
+                OpenScene const copy(graph.scene);
+                bool source = false;
+                bool target = false;
+                {
+                    FailAllocation const failure(1, true);
+                    source = copy.nodeHasConnectionsInAdjacencyMapAsSource(node, includeImplicit, ignoreSelf);
+                    target = copy.nodeHasConnectionsInAdjacencyMapAsTarget(node, includeImplicit, ignoreSelf);
+                }
+                EXPECT_EQ(source, graph.scene.nodeHasConnectionsInAdjacencyMapAsSource(node, includeImplicit,
+                                                                                       ignoreSelf));
+                EXPECT_EQ(target, graph.scene.nodeHasConnectionsInAdjacencyMapAsTarget(node, includeImplicit,
+                                                                                       ignoreSelf));
+            }
+}
+
+TEST(AllocationFailure, LeavesALongPinListRight)
+{
+    std::vector<std::unique_ptr<GraphNodePin>> pins;
+    GraphNodeBase node;
+    for (unsigned int i = 0; i < 200; ++i)
+    {
+        SCOPED_TRACE(i);
+        pins.push_back(std::make_unique<GraphNodePin>());
+        GraphNodePin* const pin = pins.back().get();
+        pin->setId(i + 1);
+        {
+            FailAllocation const failure(1, true);
+            EXPECT_FALSE(node.hasPin(pin));
+        }
+        EXPECT_FALSE(node.hasPin(pin));
+        for (long number = 1; number < 10 && !node.hasPin(pin); ++number)
+        {
+            try
+            {
+                FailAllocation const failure(number, true);
+                node.addNodePin(pin);
+            }
+            catch (std::bad_alloc const&)
+            {}
+        }
+        EXPECT_TRUE(node.hasPin(pin));
+        EXPECT_EQ(node.getNodePins().size(), i + 1);
+    }
+}
+
+TEST(AllocationFailure, LeavesChildrenToBeFoundByTheirNames)
+{
+    std::vector<std::unique_ptr<GraphNodeBase>> children;
+    GraphNodeBase parent;
+    auto const newChild = [&](KS_String const& name)
+    {
+        children.push_back(std::make_unique<GraphNodeBase>());
+        children.back()->setName(name);
+        return children.back().get();
+    };
+    for (unsigned int i = 0; i < 100; ++i) parent.addNode(newChild(KS_String(std::string(i + 1, 'x'))));
+    KS_String const name(std::string(42, 'x'));
+    for (long number = 1; number < 10; ++number)
+    {
+        FailAllocation const failure(number, true);
+        EXPECT_EQ(parent.getNodeByName(name, true), children[41].get());
+    }
+    for (bool wasAdded = false; !wasAdded;)
+    {
+        for (long number = 1; number < 10; ++number)
+        {
+            SCOPED_TRACE(number);
+            GraphNodeBase* const child = newChild("X"); // beside the first one, without its case
+            parent.getNodeByName(name, true);
+            try
+            {
+                FailAllocation const failure(number, true);
+                parent.addNode(child);
+            }
+            catch (std::bad_alloc const&)
+            {}
+            wasAdded = child->getNodeOwner() == &parent;
+            EXPECT_EQ(parent.getNodeByName("X", true), wasAdded ? child : nullptr);
+            parent.removeNode(child);
+        }
     }
 }
 
@@ -475,6 +628,242 @@ TEST(AllocationFailure, OfARenamingAlongAChainLosesOnlyWhatIsReplaced)
         EXPECT_TRUE(failed || xs[2] == 1);
     };
     EXPECT_GT(failEachAllocation(true, make, rename, check), 0);
+}
+
+// Two nodes of one full name take memory in the index of names, so a rename may have to give it up half-way.
+TEST(AllocationFailure, LeavesNoNodeToBeFoundThatWasRemovedAfterTheIndexOfNamesWasGivenUp)
+{
+    for (long number = 1; number < 30; ++number)
+    {
+        SCOPED_TRACE(number);
+        GraphScene scene;
+        GraphNodeBase owner(1);
+        GraphNodeBase other(2);
+        std::vector<std::unique_ptr<GraphNodeBase>> nodes;
+        for (unsigned int id = 3; id < 11; ++id)
+        {
+            nodes.push_back(std::make_unique<GraphNodeBase>(id));
+            nodes.back()->setName(id % 2 == 0 ? "x" : KS_String(std::to_string(id)));
+            (id < 7 ? other : owner).addNode(nodes.back().get());
+            scene.addNodeToGraph(nodes.back().get());
+        }
+        owner.setName("owner");
+        other.setName("other");
+        try
+        {
+            FailAllocation const failure(number, false);
+            owner.setName("other");
+        }
+        catch (std::bad_alloc const&)
+        {}
+        for (std::unique_ptr<GraphNodeBase> const& node : nodes)
+        {
+            KS_String const fullName = node->getFullName();
+            scene.removeNodeFromGraph(node.get());
+            node->setName(fullName); // what it was called as a node of its owner
+            EXPECT_NE(scene.getNodePtrByFullName(fullName), node.get());
+        }
+    }
+}
+
+// Each of these has a short cut that takes memory, and a way without it.
+TEST(AllocationFailure, KeepsNoConnectionInTheGraphThatIsRemovedWithoutMemory)
+{
+    TestGraph<> graph;
+    TestNode& source = graph.addFilter("source");
+    TestNode& target = graph.addFilter("target");
+    graph.scene.setUseAdjacencyMap(false);
+    GraphConnection* const uncounted = graph.scene.connect(&source, &target, false);
+    for (int i = 0; i < 200; ++i) graph.scene.connect(&source, &target, false);
+    graph.scene.setUseAdjacencyMap(true);
+    graph.scene.refGraphConnections();
+    {
+        FailAllocation const failure(1, true);
+        EXPECT_TRUE(graph.scene.removeConnection(uncounted));
+        EXPECT_TRUE(failure.happened());
+    }
+    EXPECT_EQ(graph.scene.getNumberOfConnections(), 200u);
+    EXPECT_FALSE(graph.scene.getGraphConnections().contains(uncounted));
+    graph.scene.setUseAdjacencyMap(false);
+}
+
+TEST(AllocationFailure, LetsANodeOfManyPinsFindThemWithoutMemory)
+{
+    TestGraph<> graph;
+    TestNode& node = graph.addNode("node");
+    for (int i = 0; i < 100; ++i) graph.addPin(node, "pin", PIN_INPUT);
+    node.setNodePins(
+        ArrayOfPtr<GraphNodePin, KS_NO>(node.getNodePins())); // whatever was known of them is forgotten
+    GraphNodePin const stranger;
+    bool hasLast = false;
+    bool hasStranger = true;
+    {
+        FailAllocation const failure(1, true);
+        hasLast = node.hasPin(node.getNodePins()[99]);
+        hasStranger = node.hasPin(&stranger);
+        ASSERT_TRUE(failure.happened());
+    }
+    EXPECT_TRUE(hasLast);
+    EXPECT_FALSE(hasStranger);
+}
+
+TEST(AllocationFailure, LetsAnOwnerFindChildrenThatWereNamedWithoutMemory)
+{
+    for (long number = 1; number < 12; ++number)
+    {
+        SCOPED_TRACE(number);
+        GraphNodeBase owner(1);
+        std::vector<std::unique_ptr<GraphNodeBase>> children;
+        for (unsigned int id = 2; id < 50; ++id)
+        {
+            children.push_back(std::make_unique<GraphNodeBase>(id));
+            children.back()->setName("same");
+            owner.addNode(children.back().get());
+        }
+        EXPECT_EQ(owner.getNodeByName("same", true), children[0].get());
+        try
+        {
+            FailAllocation const failure(number, false);
+            for (unsigned int i = 10; i < 20; ++i) children[i]->setName("other");
+        }
+        catch (std::bad_alloc const&)
+        {}
+        auto const other =
+            std::find_if(children.begin(), children.end(),
+                         [](auto const& child) { return std::string(child->getName()) == "other"; });
+        GraphNodeBase const* const expected = other != children.end() ? other->get() : nullptr;
+        EXPECT_EQ(owner.getNodeByName("other", true), expected);
+        EXPECT_EQ(owner.getNodeByName("SAME", false), children[0].get());
+    }
+}
+
+TEST(AllocationFailure, LeavesNoNumberTakenThatWasGivenUpWithoutMemory)
+{
+    std::string const stem(300, 'n');
+    for (long number = 1; number < 30; ++number)
+    {
+        SCOPED_TRACE(number);
+        TestGraph<> graph;
+        std::vector<TestNode*> nodes;
+        for (int i = 1; i < 15; ++i)
+        {
+            nodes.push_back(&graph.addNode(graph.scene.getFreeNodeName("root", KS_String(stem)).c_str()));
+            graph.scene.createNewPin(&graph.root, 1, PIN_INPUT)
+                ->setName(graph.scene.getFreePinName("root", KS_String(stem)));
+        }
+        GraphNodePin* const pin = graph.root.getNodePins()[3];
+        KS_String const pinName = pin->getName();
+        try
+        {
+            FailAllocation const failure(number, false);
+            nodes[2]->setName("x");
+            pin->setName("x");
+        }
+        catch (std::bad_alloc const&)
+        {}
+        bool const nodeIsRenamed = std::string(nodes[2]->getName()) == "x";
+        bool const pinIsRenamed = std::string(pin->getName()) == "x";
+        std::string const freeNode(graph.scene.getFreeNodeName("root", KS_String(stem)));
+        EXPECT_EQ(freeNode, std::string(stem).append(nodeIsRenamed ? "03" : "15"));
+        std::string const freePin(graph.scene.getFreePinName("root", KS_String(stem)));
+        EXPECT_EQ(freePin, pinIsRenamed ? std::string(pinName) : std::string(stem).append("14"));
+    }
+}
+
+// The pin is known by the full name that it had in the other node.
+TEST(AllocationFailure, OfAPinThatTheNodeCannotTakeLeavesItsFormerNameUnknown)
+{
+    struct Subject
+    {
+        Subject() : node(graph.addNode("node")), other(graph.addNode("other")) { pin.setName("pin"); }
+        TestGraph<> graph;
+        TestNode& node;
+        TestNode& other;
+        GraphNodePin pin{nullptr, 1u, PIN_INPUT};
+    };
+    auto const make = []
+    {
+        auto subject = std::make_unique<Subject>();
+        subject->pin.setId(70000);
+        subject->pin.setParentGraphNodePtr(&subject->other);
+        return subject;
+    };
+    auto const add = [](std::unique_ptr<Subject>& subject)
+    { subject->graph.scene.addNodePin(&subject->node, &subject->pin); };
+    auto const check = [](std::unique_ptr<Subject>& subject, bool failed)
+    {
+        GraphNodePin* const expected = failed ? nullptr : &subject->pin;
+        EXPECT_EQ(subject->graph.scene.getPinPtrByFullName("root.other.pin"), expected);
+        EXPECT_EQ(subject->graph.scene.getPinPtrById(70000), expected);
+        subject->node.removeNodePin(&subject->pin);
+    };
+    EXPECT_GT(failEachAllocation(true, make, add, check), 0);
+}
+
+// The owner has never let it go.
+TEST(AllocationFailure, OfAMoveFromAnOwnerThatKeepsItsChildrenListsTheChildOnce)
+{
+    struct Keeper : OpenNode
+    {
+        using OpenNode::OpenNode;
+        void removeNodeFromNodesList(GraphNodeBase*) override {}
+    };
+    for (long number = 1; number < 10; ++number)
+    {
+        SCOPED_TRACE(number);
+        Keeper keeper(1);
+        GraphNodeBase child(2);
+        GraphNodeBase target(3);
+        keeper.addNode(&child);
+        bool failed = false;
+        try
+        {
+            FailAllocation const failure(number, true);
+            target.addNode(&child);
+        }
+        catch (std::bad_alloc const&)
+        {
+            failed = true;
+        }
+        EXPECT_EQ(child.getNodeOwner(), failed ? &keeper : &target);
+        EXPECT_EQ(keeper.getNodes().size(), 1u);
+        EXPECT_EQ(target.getNodes().size(), failed ? 0u : 1u);
+        keeper.setNodes({});
+    }
+}
+
+TEST(AllocationFailure, LeavesNoNumberOfPlainNamesTakenThatWasGivenUpWithoutMemory)
+{
+    std::string const stem(300, 'n');
+    for (long number = 1; number < 10; ++number)
+    {
+        SCOPED_TRACE(number);
+        GraphScene scene;
+        GraphNodeBase root(1);
+        root.setName("root");
+        scene.setRootNode(&root);
+        std::vector<std::unique_ptr<GraphNodeBase>> nodes;
+        for (unsigned int id = 2; id < 16; ++id)
+        {
+            nodes.push_back(std::make_unique<GraphNodeBase>(id));
+            nodes.back()->setName(scene.getFreeNodeName("root", KS_String(stem)));
+            scene.addNodeToGraph(nodes.back().get());
+        }
+        ASSERT_EQ(std::string(scene.getFreeNodeName("root", KS_String(stem))),
+                  std::string(stem).append("15"));
+        bool failed = false;
+        try
+        {
+            FailAllocation const failure(number, false);
+            nodes[2]->setName("x");
+        }
+        catch (std::bad_alloc const&)
+        {
+            failed = true;
+        }
+        EXPECT_EQ(std::string(scene.getFreeNodeName("root", KS_String(stem))),
+                  std::string(stem).append(failed ? "15" : "03"));
+    }
 }
 
 } // namespace kestrel::graph::test

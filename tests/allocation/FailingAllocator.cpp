@@ -22,6 +22,7 @@ std::atomic<std::size_t> peakBytes{0};
 std::atomic<long> untilFailure{0}; // 0: nothing fails
 std::atomic<bool> failsOnward{false};
 std::atomic<bool> hasFailed{false};
+std::atomic<long> failures{0};
 
 bool failsNow()
 {
@@ -32,7 +33,7 @@ bool failsNow()
         return false;
     }
     if (!failsOnward) untilFailure = 0;
-    hasFailed = true;
+    if (!hasFailed.exchange(true)) ++failures;
     return true;
 }
 
@@ -62,46 +63,7 @@ void release(void* block) noexcept
 
 } // namespace
 
-void* operator new(std::size_t size)
-{
-    if (void* const block = allocate(size)) return block;
-    throw std::bad_alloc();
-}
-
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-
-void* operator new(std::size_t size, std::nothrow_t const&) noexcept
-{
-    return allocate(size);
-}
-
-void* operator new[](std::size_t size, std::nothrow_t const&) noexcept
-{
-    return allocate(size);
-}
-
-void operator delete(void* block) noexcept
-{
-    release(block);
-}
-
-void operator delete[](void* block) noexcept
-{
-    release(block);
-}
-
-void operator delete(void* block, std::size_t) noexcept
-{
-    release(block);
-}
-
-void operator delete[](void* block, std::size_t) noexcept
-{
-    release(block);
-}
+#include "support/GlobalNewAndDelete.h"
 
 namespace kestrel::graph::test
 {
@@ -131,6 +93,11 @@ long livingAllocations()
 long allocationsMade()
 {
     return made;
+}
+
+long failuresCaused()
+{
+    return failures;
 }
 
 PeakMemory::PeakMemory() : before_(livingBytes)

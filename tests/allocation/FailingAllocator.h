@@ -26,6 +26,9 @@ long livingAllocations();
 /// Allocations since the program started.
 long allocationsMade();
 
+/// How many `FailAllocation` have seen their allocation fail since the program started.
+long failuresCaused();
+
 /// The most bytes that were allocated at one moment since it was made, beyond those that were then. Only the
 /// newest one tells.
 class PeakMemory

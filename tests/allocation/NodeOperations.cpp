@@ -8,8 +8,8 @@ std::vector<Operation<SceneSubject>> nodeOperations()
     using S = SceneSubject;
     using enum Promise;
     return {
-        {"GraphNodeBase::GraphNodeBase()", allOrNothing, [](S&) { GraphNodeBase const node; }},
-        {"GraphNodeBase::GraphNodeBase(unsigned int const&)", allOrNothing,
+        {"GraphNodeBase::GraphNodeBase()", allocatesNothing, [](S&) { GraphNodeBase const node; }},
+        {"GraphNodeBase::GraphNodeBase(unsigned int const&)", allocatesNothing,
          [](S& s) { GraphNodeBase const node(s.box.getId()); }},
         {"GraphNodeBase::GraphNodeBase(GraphNodeBase const&)", allOrNothing,
          [](S& s) { s.out.madeNode = std::make_unique<GraphNodeBase>(s.box); }},

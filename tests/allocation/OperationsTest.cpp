@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <iterator>
 #include <set>
 #include <string>
@@ -36,6 +37,19 @@ std::set<std::string> symbolsInTables()
     addSymbols(layoutOperations(), symbols);
     return symbols;
 }
+
+/// Says in the end how much was tried.
+class FailuresTold : public testing::Environment
+{
+public:
+    void TearDown() override
+    {
+        std::printf("allocation: %ld calls met a failed allocation\n", failuresCaused());
+    }
+};
+
+[[maybe_unused]] testing::Environment* const failuresTold =
+    testing::AddGlobalTestEnvironment(new FailuresTold);
 
 std::vector<std::string> difference(std::set<std::string> const& from, std::set<std::string> const& taken)
 {

@@ -411,6 +411,7 @@ std::vector<Operation<SceneSubject>> sceneOperations()
          [](S& s) { s.scene.removeConnectionsBetweenNodes(&s.box, &s.outside, true, true); }},
         {"GraphScene::removeAllConnections()", repeatCompletes,
          [](S& s) { s.out.number = s.scene.removeAllConnections(); }},
+        {"GraphScene::refGraphConnections()", allocatesNothing, [](S& s) { s.scene.refGraphConnections(); }},
         {"GraphScene::setGraphConnections(ArrayOfPtr<GraphConnection, KS_NO> const&)", allOrNothing,
          [](S& s)
          {

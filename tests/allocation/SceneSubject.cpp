@@ -113,6 +113,7 @@ SceneSubject::SceneSubject()
     scene.connect(otherOut, outsideIn, true);
     spare.setId(77);
     unlisted.setNodeOwnerBase(&empty);
+    empty.setDescription("a node without pins");
     sparePin->setId(4000000);
     sparePin->setName("spare");
     unlistedPin = std::make_unique<GraphNodePin>(&other, 1u, PIN_INPUT);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace kestrel::graph::test
 {
 
@@ -432,6 +434,16 @@ TEST(NodeId, NodeWithoutSceneOnlyStoresIt)
     EXPECT_EQ(graph.scene.getNodePtrById(id), &a);
     EXPECT_FALSE(graph.scene.hasGraphNodeWithId(99u));
     EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+TEST(NodeName, NeedsAnObjectThatIsNotConst)
+{
+    EXPECT_TRUE((std::is_invocable_v<decltype(&GraphNodeBase::getName), GraphNodeBase&>));
+    EXPECT_FALSE((std::is_invocable_v<decltype(&GraphNodeBase::getName), GraphNodeBase const&>));
+    EXPECT_FALSE((std::is_invocable_v<decltype(&GraphNodeBase::getFullName), GraphNodeBase const&>));
+    EXPECT_FALSE((std::is_invocable_v<decltype(&GraphNodePin::getName), GraphNodePin const&>));
+    EXPECT_FALSE((std::is_invocable_v<decltype(&GraphNodePin::getFullName), GraphNodePin const&>));
+    EXPECT_FALSE((std::is_invocable_v<decltype(&GraphConnection::getFullName), GraphConnection const&>));
 }
 
 TEST(NodeName, ChangeIsToldToTheScene)

@@ -1,4 +1,5 @@
 #include "support/TestGraph.h"
+#include "support/TestLocale.h"
 
 #include <ks_graph/ks_graph.h>
 
@@ -54,6 +55,20 @@ public:
     using GraphNodeBase::removeNodeFromNodesList;
     using GraphNodeBase::setNodeOwnerBase;
 };
+
+TEST(NodeChildrenOfAHost, MayHoldANullThatAHostHasPutThere)
+{
+    OpenNode owner;
+    GraphNodeBase child(2);
+    child.setName("child");
+    owner.addNodeToNodesList(nullptr);
+    EXPECT_EQ(owner.getNodes().size(), 1u);
+    owner.removeNodeFromNodesList(nullptr);
+    owner.addNode(&child);
+    EXPECT_EQ(owner.getNodeByName("child", true), &child);
+    owner.removeNode(&child);
+    EXPECT_TRUE(owner.getNodes().isEmpty());
+}
 
 } // namespace
 
@@ -162,6 +177,27 @@ TEST_F(NodeChildren, AnEmptiedListTakesItsChildrenAgain)
     EXPECT_THAT(listed(parent_.getNodes()), ElementsAre(&child(5), &child(6)));
 }
 
+TEST_F(NodeChildren, AnEmptiedListFindsNoneOfItsFormerChildren)
+{
+    EXPECT_EQ(parent_.getNodeByName("child99", false), &child(99));
+    parent_.clearNodesArray();
+    for (std::size_t i = 0; i < 50; ++i) parent_.addNode(&child(i));
+    EXPECT_EQ(parent_.getNodeByName("child49", false), &child(49));
+    EXPECT_EQ(parent_.getNodeByName("child99", false), nullptr);
+}
+
+TEST_F(NodeChildren, AListThatTheHostHoldsIsSearchedAlsoWhenItWasEmptiedMeanwhile)
+{
+    ArrayOfPtr<GraphNodeBase, KS_NO>& held = parent_.refNodes();
+    parent_.clearNodesArray();
+    for (std::size_t i = 0; i < 100; ++i) parent_.addNode(&child(i));
+    std::reverse(held.begin(), held.end());
+    parent_.removeNode(&child(0));
+    EXPECT_EQ(held.size(), 99U);
+    EXPECT_EQ(held[0], &child(99));
+    EXPECT_EQ(held[98], &child(1));
+}
+
 TEST_F(NodeChildren, AChildThatEndsInTheListDisturbsNoOther)
 {
     children_.erase(children_.begin() + 50);
@@ -191,6 +227,103 @@ TEST_F(NodeChildren, TheFirstChildOfANameIsFoundWhateverChanges)
     std::reverse(parent_.refNodes().begin(), parent_.refNodes().end());
     child(3).setName("x");
     EXPECT_EQ(parent_.getNodeByName("x", false), &child(17));
+}
+
+TEST_F(NodeChildren, NamesThatDifferInTheirCaseAloneAreToldApart)
+{
+    child(10).setName("ab");
+    child(20).setName("AB");
+    child(30).setName("aB");
+    child(40).setName("Ab");
+    EXPECT_EQ(parent_.getNodeByName("ab", true), &child(10));
+    EXPECT_EQ(parent_.getNodeByName("AB", true), &child(20));
+    EXPECT_EQ(parent_.getNodeByName("aB", true), &child(30));
+    EXPECT_EQ(parent_.getNodeByName("Ab", true), &child(40));
+    EXPECT_EQ(parent_.getNodeByName("aB", false), &child(10));
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(parent_.getNodeByName(KS_String(std::string("CHILD").append(std::to_string(i))), true),
+                  nullptr);
+}
+
+TEST_F(NodeChildren, NamesMayHoldLettersAboveAscii)
+{
+    child(5).setName("Gr\xF6\xDF"
+                     "e");
+    EXPECT_EQ(parent_.getNodeByName("gR\xF6\xDF"
+                                    "E",
+                                    false),
+              &child(5));
+    EXPECT_EQ(parent_.getNodeByName("gr\xF6\xDF"
+                                    "e",
+                                    true),
+              nullptr);
+    EXPECT_EQ(parent_.getNodeByName("Gr\xF6", false), nullptr);
+}
+
+#if defined(__GLIBC__)
+TEST_F(NodeChildren, NamesAreFoundByTheLettersOfTheLocaleOfTheMoment)
+{
+    TestLocale locale;
+    ASSERT_TRUE(locale.isThere()) << "localedef has made no locale";
+    child(5).setName("\xC4");
+    EXPECT_EQ(parent_.getNodeByName("\xE4", false), nullptr);
+    locale.enter();
+    EXPECT_EQ(parent_.getNodeByName("\xE4", false), &child(5));
+    locale.leave();
+    EXPECT_EQ(parent_.getNodeByName("\xE4", false), nullptr);
+
+    for (char const* name : {"I", "\x80"})
+    {
+        child(8).setName(name);
+        EXPECT_EQ(parent_.getNodeByName(name, true), &child(8));
+        locale.enter();
+        EXPECT_EQ(parent_.getNodeByName(name, true), &child(8));
+        EXPECT_EQ(parent_.getNodeByName(name[0] == 'I' ? "\xFD" : "\x9A", false), &child(8));
+        EXPECT_EQ(parent_.getNodeByName("i", false), nullptr);
+        locale.leave();
+    }
+
+    EXPECT_EQ(parent_.getNodeByName("\xC4", true), &child(5));
+    locale.enter();
+    child(3).setName("\xC4");
+    EXPECT_EQ(parent_.getNodeByName("\xE4", false), &child(3));
+    EXPECT_EQ(parent_.getNodeByName("CHiLD7", false), &child(7));
+    locale.leave();
+    parent_.removeNode(&child(3));
+    EXPECT_EQ(parent_.getNodeByName("\xC4", false), &child(5));
+    EXPECT_EQ(parent_.getNodeByName("child7", false), &child(7));
+    EXPECT_EQ(parent_.getNodeByName("\xE4", false), nullptr);
+}
+#endif
+
+TEST_F(NodeChildren, ANodeOfTheHostsClassIsFoundByTheNameThatItTells)
+{
+    struct : GraphNodeBase
+    {
+        KS_String getName() override { return told; }
+        KS_String told = "told";
+    } host;
+    EXPECT_EQ(parent_.getNodeByName("told", true), nullptr);
+    parent_.addNode(&host);
+    EXPECT_EQ(parent_.getNodeByName("told", true), &host);
+    host.told = "child7";
+    child(7).setName("other");
+    EXPECT_EQ(parent_.getNodeByName("child7", false), &host);
+    parent_.removeNode(&host);
+    EXPECT_EQ(parent_.getNodeByName("child7", false), nullptr);
+}
+
+TEST(NodeChildrenOfAHost, AChildThatItListsOnceMoreIsRemovedTwice)
+{
+    OpenNode parent;
+    GraphNodeBase first;
+    GraphNodeBase twice;
+    GraphNodeBase last;
+    for (GraphNodeBase* const child : {&first, &twice, &last}) parent.addNode(child);
+    parent.addNodeToNodesList(&twice);
+    EXPECT_THAT(listed(parent.getNodes()), ElementsAre(&first, &twice, &last, &twice));
+    parent.removeNode(&twice);
+    EXPECT_THAT(listed(parent.getNodes()), ElementsAre(&first, &last));
 }
 
 TEST(NodeChildrenOfAHost, ListsThatTheHostChangesItselfAreRight)

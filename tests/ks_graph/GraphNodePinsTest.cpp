@@ -142,6 +142,22 @@ TEST(NodePinQueries, HasThePinsOfItsListOnly)
     EXPECT_FALSE(node.hasPin(&stranger));
 }
 
+TEST(NodePinQueries, AListThatTheHostMayChangeIsLookedAtAnew)
+{
+    std::deque<GraphNodePin> pins(100);
+    GraphNodeBase node;
+    for (GraphNodePin& pin : pins) node.addNodePin(&pin);
+    GraphNodePin other;
+    EXPECT_FALSE(node.hasPin(&other));
+    ArrayOfPtr<GraphNodePin, KS_NO>& list = node.refNodePins();
+    list[50] = &other;
+    EXPECT_TRUE(node.hasPin(&other));
+    EXPECT_FALSE(node.hasPin(&pins[50]));
+    list[50] = &pins[50];
+    EXPECT_FALSE(node.hasPin(&other));
+    EXPECT_TRUE(node.hasPin(&pins[50]));
+}
+
 TEST(NodePinQueries, NullIsNoPinEvenIfTheListHoldsIt)
 {
     GraphNodeBase node;

@@ -476,4 +476,21 @@ TEST(FreeNodeName, GivesNoNameAway)
     EXPECT_EQ(parent.getNodes().size(), 1u);
 }
 
+TEST(NodeFullName, OfAnOwnerEndsAtTheFirstNul)
+{
+    struct Owner : GraphNodeBase
+    {
+        KS_String getFullName() override { return KS_String(std::string_view("top\0rest", 8)); }
+    };
+    struct Child : GraphNodeBase
+    {
+    };
+    Owner owner;
+    Child child;
+    child.setName("child");
+    owner.addNode(&child);
+    EXPECT_EQ(std::string(child.getFullName()), "top.child");
+    owner.removeNode(&child);
+}
+
 } // namespace kestrel::graph::test

@@ -123,6 +123,21 @@ struct MovableTree
     GraphNodePin& gOut = graph.addOutput(g);
 };
 
+/// Takes another node in beside itself when it finds itself under y.
+class HiringNode : public TestNode
+{
+public:
+    KS_String getFullName() override
+    {
+        KS_String const name = TestNode::getFullName();
+        if (hired != nullptr && name.startsWith("root.y."))
+            getNodeOwner()->addNode(std::exchange(hired, nullptr));
+        return name;
+    }
+
+    GraphNodeBase* hired = nullptr;
+};
+
 /// 2,000 nodes "n", each the only child of the one before, and a pin "in" on the last.
 struct DeepTree
 {
@@ -469,6 +484,20 @@ TEST(NodeSetOwner, EachChildIsToldToItsOwnScene)
     EXPECT_SCENE_INVARIANTS(tree.graph.scene);
 }
 
+TEST(NodeSetOwner, ChildThatComesMeanwhileHasItsNewKeysAlready)
+{
+    MovableTree tree;
+    HiringNode& hiring = tree.graph.addNode<HiringNode>("hiring", &tree.m);
+    TestNode& hired = tree.graph.addNode("hired");
+    GraphNodePin& pin = tree.graph.addOutput(hired);
+    tree.m.setGraphScene(nullptr);
+    hiring.hired = &hired;
+    tree.m.setNodeOwner(&tree.y);
+    EXPECT_EQ(childrenOf(tree.m), (Lines{"c", "hiring", "hired"}));
+    EXPECT_EQ(tree.pinAt("root.y.m.hired.out"), &pin);
+    EXPECT_EQ(tree.pinAt("root.y.m.c.out"), &tree.cOut);
+}
+
 TEST(NodeSetOwner, EveryChildIsRefreshedNotOnlyTheFirst)
 {
     MovableTree tree;
@@ -775,6 +804,36 @@ TEST(NodeFullName, EndsAnOwnersNameAtItsFirstNul)
     child.setName("child");
     owner.addNode(&child);
     EXPECT_STREQ(child.getFullName().c_str(), "own.child");
+}
+
+// The list of children grows while it is walked.
+TEST(NodeTree, AChildMayGetASiblingWhileItTellsItsFullNameInAMove)
+{
+    struct Breeder : GraphNodeBase
+    {
+        KS_String getFullName() override
+        {
+            if (siblings != nullptr)
+            {
+                std::vector<GraphNodeBase>& added = *std::exchange(siblings, nullptr);
+                for (GraphNodeBase& sibling : added) getNodeOwner()->addNode(&sibling);
+            }
+            return GraphNodeBase::getFullName();
+        }
+        std::vector<GraphNodeBase>* siblings = nullptr;
+    };
+    std::vector<GraphNodeBase> siblings(40);
+    GraphNodeBase root;
+    GraphNodeBase owner;
+    Breeder child;
+    GraphNodeBase last;
+    owner.addNode(&child);
+    owner.addNode(&last);
+    child.siblings = &siblings;
+    owner.setNodeOwner(&root);
+    EXPECT_EQ(owner.getNodeOwner(), &root);
+    EXPECT_EQ(owner.getNodes().size(), 42u);
+    owner.setNodes({});
 }
 
 } // namespace kestrel::graph::test

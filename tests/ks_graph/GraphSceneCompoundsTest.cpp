@@ -670,4 +670,100 @@ TEST(SceneCompounds, AnInterfacePinThatWasPairedTwiceCanBeRemoved)
     delete outer;
 }
 
+// The first compound pin keeps a link to the interface pin, which is paired with the second one.
+class PinPairedTwice : public ::testing::Test
+{
+protected:
+    PinPairedTwice() : compound(graph.addNode("compound"))
+    {
+        graph.scene.addCompoundInterfaceNode(PIN_INPUT, &compound, inner, first, interfacePin);
+        second = graph.scene.createCompoundPinForInterfacePin(interfacePin);
+    }
+
+    TestGraph<> graph;
+    GraphNodeBase& compound;
+    GraphNodeBase* inner = nullptr;
+    GraphNodePin* first = nullptr;
+    GraphNodePin* second = nullptr;
+    GraphNodePin* interfacePin = nullptr;
+};
+
+// A pin that has changed its id since it was registered leaves its entry in the map of pins behind.
+TEST_F(PinPairedTwice, MayEndWhileTheMapOfPinsHoldsADeadOne)
+{
+    GraphNodePin* const changed = graph.scene.createNewPin(inner, 1, PIN_INPUT);
+    changed->setId(changed->getId() + 1000);
+    graph.scene.removeNodePinFromSceneAndNode(changed);
+
+    graph.scene.removeNodePinFromSceneAndNode(interfacePin);
+    EXPECT_EQ(first->getChildGraphNodePinPtr(), nullptr);
+}
+
+TEST_F(PinPairedTwice, MayEndAfterAFormerPartner)
+{
+    graph.scene.createCompoundPinForInterfacePin(interfacePin); // goes with the interface pin
+    compound.removeNodePin(second);
+    delete second;
+
+    graph.scene.removeNodePinFromSceneAndNode(interfacePin);
+    EXPECT_THAT(listed(compound.getNodePins()), ElementsAre(first));
+    EXPECT_EQ(first->getChildGraphNodePinPtr(), nullptr);
+}
+
+TEST_F(PinPairedTwice, MayEndByItsDestructor)
+{
+    inner->destroyNodePins();
+    EXPECT_EQ(first->getChildGraphNodePinPtr(), nullptr);
+    second->setChildGraphNodePinPtr(nullptr);
+}
+
+TEST_F(PinPairedTwice, LeavesAFormerPartnerThatIsPairedElsewhereAlone)
+{
+    GraphNodePin other;
+    first->setChildGraphNodePinPtr(&other);
+    graph.scene.removeNodePinFromSceneAndNode(interfacePin);
+    EXPECT_EQ(first->getChildGraphNodePinPtr(), &other);
+    first->setChildGraphNodePinPtr(nullptr);
+}
+
+TEST_F(PinPairedTwice, KnowsNothingOfCopiesOfAFormerPartner)
+{
+    {
+        GraphNodePin const copy(*first);
+        EXPECT_EQ(copy.getChildGraphNodePinPtr(), interfacePin);
+        *first = GraphNodePin();
+    }
+    first->setParentGraphNodePtr(&compound);
+    graph.scene.removeNodePinFromSceneAndNode(interfacePin);
+    EXPECT_EQ(first->getChildGraphNodePinPtr(), nullptr);
+}
+
+TEST_F(PinPairedTwice, MayBePairedWithAFormerPartnerAgain)
+{
+    interfacePin->setParentGraphNodePinPtr(first);
+    graph.scene.createCompoundPinForInterfacePin(interfacePin);
+    graph.scene.removeNodePinFromSceneAndNode(interfacePin);
+    EXPECT_EQ(first->getChildGraphNodePinPtr(), nullptr);
+    second->setChildGraphNodePinPtr(nullptr);
+}
+
+TEST_F(PinPairedTwice, LeavesAPairOfAnotherPinAloneWhenItsDestructorEndsIt)
+{
+    GraphNodePin other;
+    first->setChildGraphNodePinPtr(&other);
+    inner->destroyNodePins();
+    EXPECT_EQ(first->getChildGraphNodePinPtr(), &other);
+    first->setChildGraphNodePinPtr(nullptr);
+    second->setChildGraphNodePinPtr(nullptr);
+}
+
+TEST_F(PinPairedTwice, KeepsNoLinkThatTheHostHasCut)
+{
+    second->setChildGraphNodePinPtr(nullptr);
+    GraphNodePin* const third = graph.scene.createCompoundPinForInterfacePin(interfacePin);
+    EXPECT_EQ(interfacePin->getParentGraphNodePinPtr(), third);
+    graph.scene.removeNodePinFromSceneAndNode(interfacePin);
+    EXPECT_THAT(listed(compound.getNodePins()), ElementsAre(first, second));
+}
+
 } // namespace kestrel::graph::test

@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <initializer_list>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -77,6 +79,21 @@ public:
     }
 
     KS_String waitingName;
+};
+
+/// Looks up another node when it is asked for its full name.
+class AskingNode : public TestNode
+{
+public:
+    KS_String getFullName() override
+    {
+        if (KS_String const name = std::exchange(wantedName, KS_String()); !name.isEmpty())
+            found = getGraphScene()->getNodePtrByFullName(name);
+        return TestNode::getFullName();
+    }
+
+    KS_String wantedName;
+    GraphNodeBase* found = nullptr;
 };
 
 std::string number(unsigned int value)
@@ -379,6 +396,34 @@ TEST(SceneFreeNodeNames, NodeThatNamesItselfWhenItIsAskedHidesNoOther)
     } while (std::next_permutation(names.begin(), names.end()));
 }
 
+TEST(SceneFreeNodeNames, NodeMayAskForAnotherNodeWhenItIsAskedForItsName)
+{
+    TestGraph<> graph;
+    TestNode& wanted = graph.addNode("wanted");
+    AskingNode& asking = graph.addNode<AskingNode>("x01");
+    asking.wantedName = "root.wanted";
+    EXPECT_STREQ(graph.scene.getFreeNodeName("root", "x").c_str(), "x02");
+    EXPECT_EQ(asking.found, &wanted);
+}
+
+TEST(SceneFreeNodeNames, NodesOfOneNameAreOneTakenName)
+{
+    GraphScene scene;
+    GraphNodeBase root(1);
+    GraphNodeBase ofTheLibrary(2);
+    TestNode second(3);
+    TestNode first(4);
+    for (auto const& [node, name] : std::initializer_list<std::pair<GraphNodeBase*, char const*>>{
+             {&root, "root"}, {&ofTheLibrary, "x02"}, {&second, "x02"}, {&first, "x01"}})
+    {
+        node->setName(name);
+        if (node != &root) node->setNodeOwner(&root);
+        scene.addNodeToGraph(node);
+    }
+    EXPECT_STREQ(scene.getFreeNodeName("root", "x").c_str(), "x03");
+    EXPECT_EQ(scene.getNodePtrByFullName("root.x02"), &ofTheLibrary);
+}
+
 TEST(SceneFreeNodeNames, EmptyOwnerStillPutsTheSeparatorInFront)
 {
     GraphScene scene;
@@ -511,6 +556,63 @@ TEST(SceneFreePinNames, NumberGrowsToThreeDigits)
     graph.addInput(node, "in99");
     EXPECT_STREQ(graph.scene.getFreePinName("root.n", "in").c_str(), "in100");
     EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+TEST(SceneFreePinNames, NameThatIsGivenUpIsFreeAgainWhateverOthersAreCalled)
+{
+    TestGraph<> graph;
+    TestNode& node = graph.addNode("n");
+    std::vector<GraphNodePin*> pins;
+    for (unsigned int i = 0; i < 12; ++i)
+        pins.push_back(&graph.addInput(node, graph.scene.getFreePinName("root.n", "in")));
+    EXPECT_STREQ(graph.scene.getFreePinName("root.n", "in").c_str(), "in12");
+    GraphNodePin& other = graph.addInput(node, "other");
+    for (char const* name : {"in-", "in/7", "in:", "in05x", "in1234567890", "in12345678901", "7", ""})
+    {
+        other.setName(name);
+        other.setName("other");
+        EXPECT_STREQ(graph.scene.getFreePinName("root.n", "in").c_str(), "in12") << name;
+    }
+    GraphNodePin withoutNode;
+    withoutNode.setId(5000);
+    withoutNode.setName("12");
+    graph.scene.addNodePin(&withoutNode);
+    graph.scene.removeNodePin(&withoutNode);
+    EXPECT_STREQ(graph.scene.getFreePinName("root.n", "in").c_str(), "in12");
+    pins[5]->setName("gone");
+    EXPECT_STREQ(graph.scene.getFreePinName("root.n", "in").c_str(), "in05");
+    pins[0]->setName("gone");
+    EXPECT_STREQ(graph.scene.getFreePinName("root.n", "in").c_str(), "in");
+}
+
+TEST(SceneFreePinNames, ManyBasesAreCountedEachOnItsOwn)
+{
+    TestGraph<MapScene> graph;
+    GraphNodePin& pin = graph.addInput(graph.addNode("n"), "in");
+    std::vector<std::string> bases;
+    for (unsigned int i = 0; i < 4100; ++i) bases.push_back("b" + std::to_string(i) + "_");
+    for (int round = 0; round < 2; ++round)
+    {
+        for (std::string const& base : bases)
+        {
+            for (int i = 0; i < 9; ++i)
+            {
+                KS_String const name = graph.scene.getFreePinName("root.n", KS_String(base));
+                EXPECT_EQ(name,
+                          KS_String(base +
+                                    (i + round > 0 ? number(static_cast<unsigned int>(i + 9 * round)) : "")));
+                graph.scene.insertPinInMapByFullName(KS_String("root.n.") + name, &pin);
+            }
+        }
+    }
+}
+
+TEST(SceneFreePinNames, NodesNameEndsAtItsFirstNul)
+{
+    TestGraph<> graph;
+    graph.addInput(graph.addNode("n"), "in");
+    KS_String const withNul(std::string_view("root.n\0x", 8));
+    EXPECT_STREQ(graph.scene.getFreePinName(withNul, "in").c_str(), "in01");
 }
 
 TEST(SceneFreePinNames, EmptyTextsAreNotSpecial)

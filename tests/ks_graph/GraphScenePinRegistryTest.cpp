@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace kestrel::graph::test
@@ -820,6 +821,22 @@ TEST_F(ScenePinRegistry, InsertingIntoAMapNeverReplacesAndTellsWhetherItAdded)
     scene.removeNodeFromMapById(700);
 }
 
+TEST(ScenePinMaps, ANameOfNoPinIsTakenAllTheSame)
+{
+    OpenScene scene;
+    GraphNodePin pin;
+    EXPECT_TRUE(scene.insertPinInMapByFullName("x.y", nullptr));
+    EXPECT_FALSE(scene.insertPinInMapByFullName("x.y", &pin));
+    EXPECT_EQ(scene.getPinPtrByFullName("x.y"), nullptr);
+    scene.removePinFromMapByFullName("x.y");
+    EXPECT_TRUE(scene.insertPinInMapByFullName("x.y", &pin));
+
+    scene.insertPinInMapByFullName("z", nullptr);
+    scene.updateRenamedPinInMapByFullName("z", "moved");
+    EXPECT_FALSE(scene.insertPinInMapByFullName("moved", &pin));
+    EXPECT_TRUE(scene.insertPinInMapByFullName("z", &pin));
+}
+
 TEST_F(ScenePinRegistry, RemovingFromAMapTakesOneKeyAndSetsTheDirtyFlagEvenWhenItIsAbsent)
 {
     GraphNodePin& pin = newPin("pin");
@@ -1180,6 +1197,134 @@ TEST_F(ScenePinsBelowNodes, FollowNodesThatAreNotRegisteredThemselves)
     top.setName("t");
     EXPECT_EQ(pin, byName("root.t.stranger.Untitled"));
     EXPECT_SCENE_INVARIANTS(scene);
+}
+
+// The renamed pin has no key any more, then or later.
+TEST_F(ScenePinRegistry, APinThatWasRenamedToATakenNameIsNotFoundWhenTheNameIsGivenUp)
+{
+    GraphNodePin* const first = graph.scene.createNewPin(&a, 1u, PIN_INPUT);
+    first->setName("x");
+    GraphNodePin* const second = graph.scene.createNewPin(&a, 1u, PIN_INPUT);
+    second->setName("x");
+    EXPECT_EQ(graph.scene.getPinPtrByFullName("root.a.x"), first);
+    first->setName("y");
+    EXPECT_EQ(graph.scene.getPinPtrByFullName("root.a.x"), nullptr);
+    EXPECT_EQ(graph.scene.getPinPtrByFullName("root.a.y"), first);
+}
+
+TEST_F(ScenePinRegistry, APinThatWasRenamedLastIsFoundUnderItsNewNameOnly)
+{
+    GraphNodePin* const pin = graph.scene.createNewPin(&a, 1u, PIN_INPUT);
+    pin->setName("x");
+    EXPECT_EQ(graph.scene.getPinPtrByFullName("root.a.Untitled"), nullptr);
+    EXPECT_EQ(graph.scene.getPinPtrByFullName("root.a.x"), pin);
+    EXPECT_EQ(graph.scene.getPinPtrByFullNameCaseInsensitive("ROOT.A.X"), pin);
+    GraphScene const copy(graph.scene);
+    EXPECT_EQ(copy.getPinPtrByFullName("root.a.x"), pin);
+    EXPECT_EQ(copy.getPinPtrByFullNameCaseInsensitive("ROOT.A.X"), pin);
+    graph.scene.removeNodePinFromSceneAndNode(pin);
+    EXPECT_EQ(graph.scene.getPinPtrByFullName("root.a.x"), nullptr);
+}
+
+TEST(SceneIdMap, ANullNodeIsPassedOver)
+{
+    OpenScene scene;
+    GraphNodeBase node(3);
+    node.setName("n");
+    EXPECT_TRUE(scene.insertNodeInMapById(2, nullptr));
+    EXPECT_FALSE(scene.insertNodeInMapById(2, &node));
+    EXPECT_TRUE(scene.addNodeToGraph(&node));
+    EXPECT_FALSE(scene.insertNodeInMapById(3, nullptr));
+    EXPECT_TRUE(scene.hasGraphNodeWithId(2));
+    EXPECT_EQ(scene.getNodePtrByFullName("n"), &node);
+    EXPECT_EQ(scene.getNodePtrByFullName("m"), nullptr);
+    EXPECT_EQ(scene.getFreeNodeName("", "n"), "n01");
+    EXPECT_EQ(scene.toXml(),
+              "<graph>\n<nodes>\n<node id=\"3\">\n<pins>\n</pins>\n</node>\n</nodes>\n<connections>\n"
+              "</connections>\n</graph>\n");
+    scene.clearMessages();
+    EXPECT_FALSE(scene.removeNodeFromGraph(2u));
+    scene.removeNodeFromMapById(2);
+    EXPECT_FALSE(scene.hasGraphNodeWithId(2));
+    EXPECT_TRUE(scene.removeNodeFromGraph(&node));
+}
+
+// The second walk of the look-up meets it, too.
+TEST(SceneIdMap, ANullNodeIsPassedOverWhenANodeChangesTheSceneWhileItTellsItsName)
+{
+    struct Restless : GraphNodeBase
+    {
+        using GraphNodeBase::GraphNodeBase;
+        KS_String getFullName() override
+        {
+            if (other != nullptr) std::exchange(other, nullptr)->setId(77);
+            return GraphNodeBase::getFullName();
+        }
+        GraphNodeBase* other = nullptr;
+    };
+    OpenScene scene;
+    GraphNodeBase root;
+    root.setName("root");
+    scene.setRootNode(&root);
+    Restless restless(2);
+    GraphNodeBase wanted(3);
+    wanted.setName("wanted");
+    scene.insertNodeInMapById(1, nullptr);
+    scene.addNodeToGraph(&restless);
+    scene.addNodeToGraph(&wanted);
+    restless.other = &wanted;
+    EXPECT_EQ(scene.getNodePtrByFullName("root.wanted"), &wanted);
+    EXPECT_EQ(wanted.getId(), 77u);
+    scene.removeNodeFromGraph(&wanted);
+    scene.removeNodeFromGraph(&restless);
+}
+
+TEST(SceneIdMap, AnIdFarFromTheOthersIsKnownAndMayChange)
+{
+    OpenScene scene;
+    GraphNodeBase near(1);
+    GraphNodeBase far(4000000000u);
+    GraphNodeBase other(4000000001u);
+    scene.addNodeToGraph(&near);
+    scene.addNodeToGraph(&far);
+    scene.updateNodeIdChange(&other, 4000000000u, 4000000000u);
+    EXPECT_EQ(scene.getNodePtrById(4000000000u), &other);
+    scene.updateNodeIdChange(&other, 4000000000u, 2u);
+    EXPECT_EQ(scene.getNodePtrById(2u), &other);
+    EXPECT_EQ(scene.getNodePtrById(4000000000u), nullptr);
+    scene.removeNodeFromMapById(2u);
+    scene.removeNodeFromMapById(1u);
+}
+
+// Their hash values end in the same 32 bits.
+TEST(ScenePinMaps, NamesThatHashAlikeAreToldApart)
+{
+    OpenScene scene;
+    GraphNodePin first;
+    GraphNodePin second;
+    EXPECT_TRUE(scene.insertPinInMapByFullName("pin322881", &first));
+    EXPECT_EQ(scene.getPinPtrByFullName("pin514990"), nullptr);
+    EXPECT_TRUE(scene.insertPinInMapByFullName("pin514990", &second));
+    EXPECT_EQ(scene.getPinPtrByFullName("pin322881"), &first);
+    EXPECT_EQ(scene.getPinPtrByFullName("pin514990"), &second);
+    scene.removePinFromMapByFullName("pin322881");
+    EXPECT_EQ(scene.getPinPtrByFullName("pin514990"), &second);
+}
+
+// Whatever order the map keeps them in.
+TEST(ScenePinMaps, WithoutRegardToCaseTheFirstByBytesIsFound)
+{
+    OpenScene scene;
+    std::vector<GraphNodePin> pins(16);
+    for (unsigned int i = 0; i < pins.size(); ++i)
+    {
+        std::string name = "abcd";
+        for (unsigned int letter = 0; letter < 4; ++letter)
+            if ((i >> letter & 1u) != 0) name[letter] = static_cast<char>(name[letter] - 'a' + 'A');
+        scene.insertPinInMapByFullName(KS_String(name), &pins[i]);
+    }
+    EXPECT_EQ(scene.getPinPtrByFullNameCaseInsensitive("aBcD"), &pins[15]);
+    EXPECT_EQ(scene.getPinPtrByFullNameCaseInsensitive("abc"), nullptr);
 }
 
 } // namespace

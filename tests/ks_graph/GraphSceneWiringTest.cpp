@@ -1279,4 +1279,17 @@ TEST_F(SceneWiring, ConnectionThatTheHostTookOutOfTheArrayIsStillUnwired)
 }
 
 } // namespace
+TEST(ConnectablePins, KeepANullThatTheListHeldWhenFullPinsAreLeftOut)
+{
+    TestGraph<> graph;
+    TestNode& source = graph.addFilter("source");
+    TestNode& target = graph.addFilter("target");
+    ArrayOfPtr<GraphNodePin, KS_NO> pins;
+    pins.append(nullptr);
+    EXPECT_TRUE(graph.scene.getConnectablePins(source.getPinByName("out"), &target, pins, true));
+    ASSERT_EQ(pins.size(), 2u);
+    EXPECT_EQ(pins[0], nullptr);
+    EXPECT_EQ(pins[1], target.getPinByName("in"));
+}
+
 } // namespace kestrel::graph::test

@@ -13,6 +13,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kestrel::graph::test
@@ -36,6 +37,15 @@ class EditorPin final : public GraphNodePin
 
 class EditorScene final : public GraphScene
 {
+};
+
+/// Reaches the map of nodes.
+class PlainScene final : public GraphScene
+{
+public:
+    void put(GraphNodeBase& node) { insertNodeInMapById(node.getId(), &node); }
+    void putNull(unsigned int id) { insertNodeInMapById(id, nullptr); }
+    void take(GraphNodeBase& node) { removeNodeFromMapById(node.getId()); }
 };
 
 /// Overrides nothing that matters, but nobody has declared it. Notes when it is asked.
@@ -377,7 +387,58 @@ class UndeclaredScene : public GraphScene
 {
 };
 
+struct OtherFullNameNode : GraphNodeBase
+{
+    KS_String getFullName() override { return ""; }
+};
+
+struct OtherOwnerNode : GraphNodeBase
+{
+    GraphNodeBase* getNodeOwner() const override { return nullptr; }
+};
+
+struct OtherRootNode : GraphNodeBase
+{
+    bool isRoot() const override { return true; }
+};
+
+struct OtherFullNamePin : GraphNodePin
+{
+    KS_String getFullName() override { return ""; }
+};
+
+struct OtherNamePin : GraphNodePin
+{
+    KS_String getName() override { return ""; }
+};
+
+struct OtherNodePin : GraphNodePin
+{
+    GraphNodeBase* getParentGraphNodePtr() const override { return nullptr; }
+};
+
+struct OtherLookUpScene : GraphScene
+{
+    GraphNodeBase* getNodePtrByFullName(KS_String const&) const override { return nullptr; }
+};
+
 } // namespace
+
+TEST(PlainNames, AreDeclaredOnlyOfClassesThatOverrideNoNaming)
+{
+    using namespace detail;
+    EXPECT_TRUE(leavesNodeNamesAlone<EditorNode>());
+    EXPECT_FALSE(leavesNodeNamesAlone<OtherFullNameNode>());
+    EXPECT_FALSE(leavesNodeNamesAlone<LoudNode>());
+    EXPECT_FALSE(leavesNodeNamesAlone<OtherOwnerNode>());
+    EXPECT_FALSE(leavesNodeNamesAlone<OtherRootNode>());
+    EXPECT_TRUE(leavesPinNamesAlone<EditorPin>());
+    EXPECT_FALSE(leavesPinNamesAlone<OtherFullNamePin>());
+    EXPECT_FALSE(leavesPinNamesAlone<OtherNamePin>());
+    EXPECT_FALSE(leavesPinNamesAlone<OtherNodePin>());
+    EXPECT_TRUE(leavesLookUpAlone<EditorScene>());
+    EXPECT_FALSE(leavesLookUpAlone<OtherLookUpScene>());
+}
 
 TEST(PlainNames, WhateverChangesLookUpsFindWhatAWalkOverAllNodesFinds)
 {
@@ -411,6 +472,29 @@ TEST(PlainNames, OnlyNodesOfOtherClassesAreAskedAndOnlyUpToTheOneThatIsFound)
     log.clear();
     EXPECT_EQ(scene.getNodePtrByFullName("nobody"), nullptr);
     EXPECT_THAT(log, ElementsAre(1, 3));
+}
+
+TEST(PlainNames, ANodeThatIsRenamedWhileAnotherIsAskedIsNotFoundUnderItsOldName)
+{
+    struct RenamingNode : GraphNodeBase
+    {
+        using GraphNodeBase::GraphNodeBase;
+        KS_String getFullName() override
+        {
+            if (GraphNodeBase* const node = std::exchange(renamed, nullptr)) node->setName("gone");
+            return GraphNodeBase::getFullName();
+        }
+        GraphNodeBase* renamed = nullptr;
+    };
+    GraphScene scene;
+    RenamingNode asked(1);
+    GraphNodeBase plain(2);
+    plain.setName("plain");
+    scene.addNodeToGraph(&asked);
+    scene.addNodeToGraph(&plain);
+    asked.renamed = &plain;
+    EXPECT_EQ(scene.getNodePtrByFullName("plain"), nullptr);
+    EXPECT_EQ(scene.getNodePtrByFullName("gone"), &plain);
 }
 
 TEST(PlainNames, AnAskedNodeOfALowerIdComesBeforeAPlainOneOfTheSameName)
@@ -613,6 +697,75 @@ TEST(PlainNames, TwoScenesFindTheNodesThatTheyShare)
 
 // ---- Free names ----
 
+/// Names its scene itself.
+class PinOfNoNode final : public GraphNodePin
+{
+public:
+    GraphScene* getParentGraphScenePtr() const override { return scene; }
+    GraphScene* scene = nullptr;
+};
+
+class MapScene : public GraphScene
+{
+public:
+    using GraphScene::insertNodeInMapById;
+    using GraphScene::insertPinInMapByFullName;
+    using GraphScene::removeNodeFromMapById;
+};
+
+TEST(PlainNames, APinWithoutNodeIsKeyedAnewInTheSceneThatItNames)
+{
+    declarePlainNames<PinOfNoNode>();
+    MapScene scene;
+    PinOfNoNode pin;
+    pin.setName("old");
+    pin.scene = &scene;
+    scene.insertPinInMapByFullName("old", &pin);
+    pin.setName("new");
+    EXPECT_EQ(scene.getPinPtrByFullName("new"), &pin);
+    EXPECT_EQ(scene.getPinPtrByFullName("old"), nullptr);
+}
+
+TEST(PlainNames, AFreeNameIsNeitherTheRootsNorThatOfANodeBehindIt)
+{
+    declarePlainNames<PlainScene>();
+    PlainScene scene;
+    GraphNodeBase root;
+    root.setName("a.b01");
+    scene.setRootNode(&root);
+    EXPECT_EQ(scene.getFreeNodeName("a", "b"), "b02");
+    GraphNodeBase behind(9);
+    behind.setName("a.b02");
+    scene.put(behind);
+    EXPECT_EQ(scene.getFreeNodeName("a", "b"), "b03");
+    scene.take(behind);
+    EXPECT_EQ(scene.getFreeNodeName("a", "b"), "b02");
+}
+
+TEST(PlainNames, AFreeNameIsFoundThoughTheMapHoldsANull)
+{
+    declarePlainNames<PlainScene>();
+    PlainScene scene;
+    GraphNodeBase node(9);
+    node.setName("a.b01");
+    scene.put(node);
+    scene.putNull(5);
+    EXPECT_EQ(scene.getFreeNodeName("a", "b"), "b02");
+    scene.take(node);
+    EXPECT_EQ(scene.getFreeNodeName("a", "b"), "b01");
+}
+
+TEST(PlainNames, AFreeNameIsTheSameInASceneThatMayAnswerItself)
+{
+    MapScene asked;
+    GraphNodeBase node(9);
+    node.setName("a.b01");
+    asked.insertNodeInMapById(9, &node);
+    EXPECT_EQ(asked.getFreeNodeName("a", "b"), "b02");
+    asked.removeNodeFromMapById(9);
+    EXPECT_EQ(asked.getFreeNodeName("a", "b"), "b01");
+}
+
 class PlainFreeNames : public ::testing::Test
 {
 protected:
@@ -642,6 +795,22 @@ protected:
     std::vector<std::unique_ptr<EditorNode>> nodes_;
     EditorScene scene_;
 };
+
+// The last byte of the name orders in front of the digits.
+TEST_F(PlainFreeNames, StayWhenANameWithoutNumberIsGivenUp)
+{
+    EXPECT_EQ(next(), "n21");
+    EditorNode& node = add();
+    node.setName("n-");
+    EXPECT_EQ(next(), "n21");
+    node.setName("n ");
+    node.setName("");
+    EXPECT_EQ(next(), "n21");
+    node.setNodeOwner(nullptr);
+    node.setName("21");
+    node.setName("22");
+    EXPECT_EQ(next(), "n21");
+}
 
 TEST_F(PlainFreeNames, NumbersGoOn)
 {

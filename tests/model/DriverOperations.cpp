@@ -26,6 +26,9 @@ constexpr unsigned int largest = 0xFFFFFFF0u;
 // A move out wires all partners of one pin with all of another: hundreds would become tens of thousands.
 constexpr std::size_t mostConnectionsToMove = 120;
 
+// Names of no pin may repeat pins, and a list that is reordered again and again may double each time.
+constexpr std::size_t mostPinsToReorder = 200;
+
 } // namespace
 
 void Driver::perform(Operation const& operation)
@@ -287,10 +290,12 @@ bool Driver::performOnPin(Operation const& operation)
         break;
     }
     case Kind::reorderPins:
-        reorderPins(a, number != 0, operation.names);
+        done_ = model_.nodes[a].pins.size() <= mostPinsToReorder;
+        if (done_) reorderPins(a, number != 0, operation.names);
         break;
     case Kind::orderPins:
-        orderPins(a, number != 0, second);
+        done_ = model_.nodes[a].pins.size() <= mostPinsToReorder;
+        if (done_) orderPins(a, number != 0, second);
         break;
     case Kind::renamePin:
         model_.setPinName(a, name);
@@ -488,9 +493,6 @@ bool Driver::performMove(Operation const& operation)
         break;
     }
     case Kind::addCompoundPin:
-        // A second one would leave the first with a child that may go without it.
-        done_ = a == none || model_.pins[a].parent == none;
-        if (!done_) break;
         expectedCompoundPin = model_.createCompoundPin(a);
         compoundPin = scene_->createCompoundPinForInterfacePin(pin(a));
         break;

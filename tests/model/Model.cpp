@@ -533,6 +533,10 @@ void Model::deletePin(Index pin)
     if (pins[pin].gone) impossible = true; // it was in the lists of two nodes
     pins[pin].gone = true;
     removeAllOf(livingPins, pin);
+    // An interface pin that was paired twice has two compound pins with a link to it, but one to only the
+    // second.
+    for (Index const other : livingPins)
+        if (pins[other].child == pin && pins[pin].parent != other) pins[other].child = none;
     changed = true;
 }
 
@@ -865,7 +869,16 @@ void Model::endPin(Index pin)
 {
     unregisterPin(pin);
     if (pins[pin].node != none) removePinFromNode(pins[pin].node, pin);
+    leavePartners(pin);
     deletePin(pin);
+}
+
+void Model::leavePartners(Index pin)
+{
+    Index const child = pins[pin].child;
+    if (child != none && pins[child].parent == pin) pins[child].parent = none;
+    Index const parent = pins[pin].parent;
+    if (parent != none && pins[parent].child == pin) pins[parent].child = none;
 }
 
 void Model::removePinEverywhere(Index pin)

@@ -332,6 +332,7 @@ private:
     void rekeyPinsBelow(Index node, std::string const& oldName, std::string const& newName);
     void countAdjacency(Index connection, int change);
     void endPin(Index pin);
+    void leavePartners(Index pin);
     void removeEach(Indices const& list);
     void reparent(Indices const& listed, Index newOwner, MoveLists& lists);
     void crossBoundary(Index connection, Indices const& listed, Index compound, bool listIsInside,

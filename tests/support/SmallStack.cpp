@@ -20,6 +20,10 @@ namespace kestrel::graph::test
 namespace
 {
 
+// Builds whose frames are larger than those of the library as it is used say how much they need.
+#if defined(TEST_STACK_SIZE)
+constexpr std::size_t stackSize = TEST_STACK_SIZE;
+#else
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool sanitized = true;
 #elif defined(__has_feature)
@@ -33,6 +37,7 @@ constexpr bool sanitized = false;
 #endif
 
 constexpr std::size_t stackSize = (sanitized ? std::size_t{16} : std::size_t{1}) << 20;
+#endif
 
 using Work = std::function<void()>;
 
