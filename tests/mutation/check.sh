@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Breaks the library on purpose, in copies, and demands that the tests notice; see mutate.py.
 #   tests/mutation/check.sh          50 places, chosen by a fixed seed
-#   tests/mutation/check.sh --long   all places
-# Also --seed SEED, --jobs COUNT and --only FILE.
+#   tests/mutation/check.sh --long   all places; goes on where it was stopped
+# Also --seed SEED, --jobs COUNT, --only FILE and --quick, a first look.
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)

@@ -48,7 +48,8 @@ WORDS = {"true": "false", "false": "true"}
 
 OPENING = {"(": ")", "[": "]", "{": "}"}
 COMPARING = {"<", "<=", ">", ">=", "==", "!=", "?", "!"}
-UNTOUCHED_CALLS = {"static_assert", "assert", "noexcept", "alignas", "decltype", "sizeof", "requires"}
+UNTOUCHED_CALLS = {"static_assert", "assert", "noexcept", "alignas", "decltype", "sizeof", "requires",
+                   "KS_PRINTF_LIKE"}
 NO_STATEMENT = {"case", "default", "using", "typedef", "static_assert", "assert", "struct", "class", "enum"}
 BEFORE_CONDITION = {"=", "return", "(", "{", "[", ",", ";", "?", ":", "+=", "-="}
 
@@ -64,6 +65,7 @@ class Mutant:
     text: str
     change: str
     place: str
+    is_constant: bool
 
     @property
     def key(self):
@@ -157,7 +159,9 @@ class Breaker:
                         break
                     last += 1
                 indices.update(range(i, last + 1))
-            elif token.text in ("operator", "__declspec", "__attribute__"):
+            elif token.text in ("__declspec", "__attribute__"):
+                indices.update(range(i, self.partner[i + 1] + 1))
+            elif token.text == "operator":
                 indices.update((i + 1, i + 2))
             elif token.text == "0" and self.text(i - 1) == "=" and self.text(i - 2) in (")", "const", "noexcept"):
                 indices.add(i)  # a pure virtual function
@@ -226,13 +230,23 @@ class Breaker:
                 i = self.partner[i]
         return False
 
-    def break_bodies(self, first, last):
+    def outermost_bodies(self, first, last):
+        """The opening braces."""
         i = first
         while i <= last:
             if self.text(i) == "{" and self.is_body(i):
-                self.break_body(i)
+                yield i
                 i = self.partner[i]
             i += 1
+
+    def break_bodies(self, first, last):
+        for brace in self.outermost_bodies(first, last):
+            self.break_body(brace)
+
+    def function_bodies(self):
+        """Where each starts and ends in the text, with its braces."""
+        return [(self.tokens[brace].start, self.tokens[self.partner[brace]].end)
+                for brace in self.outermost_bodies(0, len(self.tokens) - 1)]
 
     def break_body(self, brace):
         outer = self.in_bool_function
@@ -324,5 +338,6 @@ def mutants_of(file, source):
         text = lines[line - 1]
         seen[text, change] += 1
         place = f" ({seen[text, change]})" if seen[text, change] > 1 else ""
-        mutants.append(Mutant(file, start, end, replacement, line, text, change, place))
+        is_constant = re.fullmatch(r"true|false|\d[\w.']*", source[start:end]) is not None
+        mutants.append(Mutant(file, start, end, replacement, line, text, change, place, is_constant))
     return mutants

@@ -1,237 +1,91 @@
 #!/usr/bin/env python3
 """Breaks the library on purpose, one small change at a time, and tells which changes the tests do not notice.
 
-A mutant that does not compile does not count, nor does one whose object code, optimised, is that of the library: that
-one is equivalent. A test program that fails, crashes, or uses five times the time or far more memory than it does
-otherwise kills the mutant. survivors.txt gives a reason for each mutant that lives.
+Many mutants are compiled into one program, which runs one of them; what does not go with others is compiled by itself.
+Each is tried on the tests that reach it, the most specific first, until one fails, crashes, or uses far more time or
+memory than it does otherwise: that kills the mutant. One that does not compile does not count, nor does one whose
+object code, optimised, is that of the library: that one is equivalent. survivors.txt gives a reason for each mutant
+that lives.
 
-Everything is built in build/mutation of the checkout; what is broken are copies there.
+Everything is built in build/mutation of the checkout; what is broken are copies there. A verdict is kept there until
+the broken file or the tests change, so that a run that was stopped goes on where it was.
 """
 
 import argparse
 import concurrent.futures
 import contextlib
-import dataclasses
 import hashlib
-import math
+import json
 import os
-import pathlib
 import queue
 import re
-import shlex
+import resource
 import shutil
 import signal
 import subprocess
 import sys
 import threading
 
+from builds import ENVIRONMENT, FLAGS, HERE, PROGRAMS, ROOT, SANITIZED, UNOPTIMISED, WORK, Build, die, hash_of, run
 from mutants import mutants_of
 
-HERE = pathlib.Path(__file__).resolve().parent
-ROOT = HERE.parents[1]
-WORK = ROOT / "build" / "mutation"
 SURVIVORS = HERE / "survivors.txt"
 
-PROGRAMS = {"foundation_tests": "foundation", "allocation_tests": "allocation", "ks_graph_tests": "ks_graph"}
-
-# Few tests that take most of the time: they are tried last.
-SLOW_TESTS = ("BadInputDepth.*:DamagedLayoutFile/*.MayHave*:GraphLayoutFile/*.ComesBackWithALotOfNames:"
-              "RenamingOfManyNames.*:SceneXml.HundredThousandConnections*:Seeds/GroupUngroupRandomStory.*")
-
-@dataclasses.dataclass(frozen=True)
-class Tests:
-    program: str
-    filter: str
-    # Only what is broken is compiled so; that finds what it does to memory and what it does not give back.
-    sanitized: bool = False
-
-    @property
-    def file(self):
-        return self.program + ("-sanitized" if self.sanitized else "")
-
-
-NOT_SLOW = [Tests("foundation_tests", "*"), Tests("allocation_tests", "*"), Tests("ks_graph_tests", f"*-{SLOW_TESTS}")]
-SLOW = [Tests("ks_graph_tests", SLOW_TESTS)]
-
-# Which test files tell first, where it is not those that begin with the name of the file.
-OWN_TESTS = {
-    "ArrayBase": ["Array"],
-    "Color4": ["ValueTypes"],
-    "CompoundMover": ["GraphSceneMove", "GroupUngroup"],
-    "ConnectionIndex": ["PinLists", "GraphSceneArrayOrder"],
-    "Flag": ["ValueTypes"],
-    "FullNameWalk": ["GraphSceneFreeNames", "GraphSceneQueries"],
-    "GraphNodeBase": ["GraphNode"],
-    "GraphNodePin": ["GraphNodePin", "PinLists"],
-    "KS_String": ["KS_String", "FileStream"],
-    "Names": ["GraphSceneFreeNames", "GraphNodeTexts", "GraphNodePin"],
-    "Optional": ["ValueTypes"],
-    "PointerSet": ["GraphScene"],
-    "ScopeExit": ["GraphNode"],
-    "Tuple2": ["ValueTypes"],
-    "ks_basic": ["KS_Class"],
-    "ks_fileio": ["FileStream"],
-}
-
-PRECOMPILED = """#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <algorithm>
-#include <array>
-#include <cstdio>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <optional>
-#include <set>
-#include <string>
-#include <unordered_map>
-#include <unordered_set>
-#include <vector>
-"""
-
-# Warnings are of no interest here, but without a result there would be no saying what a mutant does.
-FLAGS = ["-std=c++20", "-w", "-Werror=return-type", "-DKS_GRAPH_STATIC", f"-I{ROOT}/tests",
-         f'-DTEST_DATA_DIR="{ROOT}/tests/data"', f'-DDOCS_DIR="{ROOT}/docs"']
-UNOPTIMISED = [*FLAGS, "-O0", "-fpch-instantiate-templates"]
-SANITIZER = ["-fsanitize=address,undefined", "-fno-sanitize-recover=all"]
 # A vector that both kinds of code use looks wrong to the one.
 SANITIZER_OPTIONS = "detect_container_overflow=0:hard_rss_limit_mb=4096"
-LIBRARIES = ["-lgmock_main", "-lgmock", "-lgtest", "-pthread"]
+STACK = 64 << 20
 
-MEMORY = 4 << 30
-FILE_SIZE = 256 << 20
+# Of the tests that take long, those of random operations find most.
+RANDOM = re.compile(r"Model\.Random|PlainNames\.Whatever|PinListsModel|SceneArrayOrder|RandomStory")
 
+FEW_TESTS = 40
+QUICK = 0.02  # seconds
 
-def own_program(file):
-    return "foundation_tests" if file.startswith("lib/foundation/") else "ks_graph_tests"
+STATIC_ASSERT = "error: static_assert failed"
 
-
-def run(command, **options):
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, **options)
-
-
-def die(text):
-    print(f"FAILED: {text}", file=sys.stderr)
-    sys.exit(1)
+STARTED = re.compile(r"\[ RUN      \] (\S+)")
+FAILED = re.compile(r"\[  FAILED  \] ([^\s,]+)")
 
 
-class Tree:
-    """The sources, their objects, and who includes what."""
+class Runner:
+    """Runs tests in a folder of its own."""
 
-    def __init__(self, programs, jobs):
-        self.library = sorted(ROOT.glob("lib/*/*.cpp"))
-        support = sorted(ROOT.glob("tests/support/*.cpp"))
-        self.tests = {program: sorted(ROOT.glob(f"tests/{folder}/*.cpp")) + support
-                      for program, folder in PROGRAMS.items() if program in programs}
-        self.linker = ["-fuse-ld=lld"] if shutil.which("ld.lld") else []
-        self.build(jobs)
-        self.includers = self.read_includers()
+    def __init__(self, folder):
+        self.folder = folder
 
-    def sources(self):
-        return self.library + sorted({source for sources in self.tests.values() for source in sources})
-
-    @staticmethod
-    def object_of(source, folder=WORK / "objects"):
-        return folder / source.relative_to(ROOT).with_suffix(".o")
-
-    def build(self, jobs):
-        (WORK / "objects").mkdir(parents=True, exist_ok=True)
-        header = WORK / "precompiled.h"
-        if not header.exists() or header.read_text() != PRECOMPILED:
-            header.write_text(PRECOMPILED)
-        flags = shlex.join([*UNOPTIMISED, f"-I{ROOT}/lib"])
-        lines = [
-            "rule header",
-            f"  command = clang++ {flags} -x c++-header $in -o $out -MD -MF $out.d",
-            "  deps = gcc",
-            "  depfile = $out.d",
-            "rule compile",
-            f"  command = clang++ {flags} -include-pch {WORK}/precompiled.pch -c $in -o $out -MMD -MF $out.d",
-            "  deps = gcc",
-            "  depfile = $out.d",
-            f"build {WORK}/precompiled.pch: header {header}",
-        ]
-        for source in self.sources():
-            lines.append(f"build {self.object_of(source)}: compile {source} | {WORK}/precompiled.pch")
-        (WORK / "build.ninja").write_text("\n".join(lines) + "\n")
-        built = run(["ninja", "-C", WORK, "-j", str(jobs)])
-        if built.returncode:
-            die(f"the unbroken library does not build:\n{built.stdout[-4000:]}")
-
-    def link(self, tests, broken, folder):
-        """With the objects {source: object} in place of the usual ones, and in front of all others."""
-        sources = self.tests[tests.program] + self.library
-        objects = [broken[source] for source in broken if source in sources]
-        objects += [self.object_of(source) for source in sources if source not in broken]
-        sanitizer = SANITIZER if tests.sanitized else []
-        return run(["clang++", *self.linker, *sanitizer, *objects, "-o", folder / tests.file,
-                    *LIBRARIES]).returncode == 0
-
-    def read_includers(self):
-        """{source or header: the sources that are compiled anew when it changes}"""
-        includers = {}
-        by_object = {str(self.object_of(source)): source for source in self.sources()}
-        source = None
-        for line in run(["ninja", "-C", WORK, "-t", "deps"]).stdout.splitlines():
-            if line.startswith("    "):
-                if source is not None:
-                    includers.setdefault(pathlib.Path(os.path.normpath(line.strip())), []).append(source)
-            elif line:
-                source = by_object.get(line.split(":")[0])
-        return includers
-
-
-class Limits:
-    """What the unbroken tests need: {tests: seconds of the processor's time}."""
-
-    def __init__(self, tree):
-        self.tree = tree
-        self.seconds = {}
-        self.lock = threading.Lock()
-
-    def of(self, tests):
-        with self.lock:
-            if tests not in self.seconds:
-                if not self.tree.link(tests, {}, WORK):
-                    die(f"the unbroken {tests} cannot be linked")
-                process = start(tests, 600, WORK)
-                _, status, used = os.wait4(process.pid, 0)
-                process.returncode = os.waitstatus_to_exitcode(status)
-                if process.returncode:
-                    die(f"the unbroken {tests} do not pass")
-                self.seconds[tests] = used.ru_utime + used.ru_stime
-            return self.seconds[tests]
-
-
-def start(tests, seconds, folder):
-    limits = ["prlimit", f"--cpu={math.ceil(seconds) + 1}", f"--fsize={FILE_SIZE}", "--core=0"]
-    if not tests.sanitized:
-        limits.append(f"--as={MEMORY}")
-    command = [*limits, folder / tests.file, f"--gtest_filter={tests.filter}", "--gtest_fail_fast", "--gtest_brief=1"]
-    environment = {**os.environ, "TMPDIR": str(folder), "TEST_TMPDIR": str(folder), "MALLOC_PERTURB_": "165",
-                   "ASAN_OPTIONS": SANITIZER_OPTIONS}
-    return subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL,
-                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
-
-
-def passes(tests, seconds, folder):
-    """The processor's time is limited, so that a busy machine kills nobody; who waits without end is found later."""
-    process = start(tests, seconds, folder)
-    try:
-        return process.wait(30 + 10 * seconds) == 0
-    except subprocess.TimeoutExpired:
-        return False
-    finally:
-        with contextlib.suppress(ProcessLookupError):
-            os.killpg(process.pid, signal.SIGKILL)
-        process.wait()
+    def killer(self, file, tests, seconds, number=0):
+        """The name of the test of the program `file` that fails; empty if it is not known which; None if all pass.
+        The processor's time is limited, so that a busy machine kills nobody; who waits without end is found later."""
+        names, output = self.folder / "tests", self.folder / "output"
+        names.write_text("\n".join(tests))
+        environment = {**ENVIRONMENT, "TMPDIR": str(self.folder), "TEST_TMPDIR": str(self.folder),
+                       "MUTANT": str(number), "MUTATION_TESTS": str(names), "MUTATION_SECONDS": str(seconds),
+                       "ASAN_OPTIONS": SANITIZER_OPTIONS}
+        if file.name.endswith("-sanitized"):
+            environment["MUTATION_MEMORY"] = "0"  # a sanitizer takes more addresses than there is memory
+        with output.open("wb") as stream:
+            process = subprocess.Popen([file, "--gtest_fail_fast"], cwd=self.folder, env=environment,
+                                       stdin=subprocess.DEVNULL, stdout=stream, stderr=subprocess.DEVNULL,
+                                       start_new_session=True)
+            try:
+                if process.wait(30 + 10 * seconds) == 0:
+                    return None
+            except subprocess.TimeoutExpired:
+                pass
+            finally:
+                with contextlib.suppress(ProcessLookupError):
+                    os.killpg(process.pid, signal.SIGKILL)
+                process.wait()
+        text = output.read_text(errors="replace")
+        failed = FAILED.search(text)
+        return failed[1] if failed else (STARTED.findall(text) or [""])[-1]
 
 
 class Judge:
-    def __init__(self, tree, jobs, own_tests_only):
-        self.tree = tree
-        self.own_tests_only = own_tests_only
-        self.limits = Limits(tree)
+    def __init__(self, build, jobs, verdicts, quick_tests_only):
+        self.built = build
+        self.verdicts = verdicts
+        self.quick_tests_only = quick_tests_only
         self.folders = queue.SimpleQueue()
         for number in range(jobs):
             folder = WORK / f"worker-{number}"
@@ -240,102 +94,181 @@ class Judge:
             self.folders.put(folder)
         self.unbroken = {}
         self.lock = threading.Lock()
+        self.is_sanitized_built = False
 
-    def own_tests(self, file):
-        stem = pathlib.Path(file).stem
-        starts = tuple(OWN_TESTS.get(stem, [stem]))
-        return [source for sources in self.tree.tests.values() for source in sources
-                if source.name.startswith(starts) and source.name.endswith("Test.cpp")]
-
-    def own_filter(self, file):
-        suites = {suite for source in self.own_tests(file)
-                  for suite in re.findall(r"TEST(?:_[FP])?\(\s*(\w+)\s*,|TYPED_TEST\(\s*(\w+)", source.read_text())}
-        return ":".join(f"*{name}*.*" for name in sorted({a or b for a, b in suites})) + f"-{SLOW_TESTS}"
-
-    def stages(self, file):
-        """Sources to compile anew, and what to run then. The objects of broken headers stand first in the link, so
-        theirs are the inline functions that all objects call; so most are killed before all users are compiled."""
-        users = self.tree.includers[ROOT / file]
-        own = [source for source in self.own_tests(file) if source in users]
-        library = [source for source in users if source in self.tree.library]
-        rest = [source for source in users if source not in own and source not in library]
-        first = own_program(file)
-        own_filter = self.own_filter(file)
-        quick = [Tests(first, own_filter)]
-        sanitized = [Tests(first, own_filter, sanitized=True)]
-        if self.own_tests_only:
-            return [(own + library, quick + sanitized)]
-        everything = quick + NOT_SLOW + sanitized + SLOW
-        stages = [(own, quick)] if own else []
-        if library:
-            stages.append((library, quick if rest else everything))
-        return stages + ([(rest, everything)] if rest else [])
-
-    def judge(self, mutant):
+    def judge(self, number, mutant):
         """(verdict, by what): killed, survived, equivalent or invalid, which does not compile."""
         folder = self.folders.get()
         target = folder / mutant.file
         original = target.read_text()
         try:
+            tests = self.built.by_site.get(self.built.sites.get(number))
+            if tests:
+                killer = self.find_killer(tests, folder, number, self.verdicts.last_killer(mutant))
+                if killer is not None:
+                    return "killed", killer
+            if self.quick_tests_only:
+                return "survived", "the quick tests"
             target.write_text(mutant.apply(original))
-            return self.try_stages(mutant, folder)
+            if not tests:
+                return self.judge_alone(mutant, folder)
+            return ("equivalent" if self.is_equivalent(mutant, folder) else "survived"), ""
         finally:
             target.write_text(original)
             shutil.rmtree(folder / "objects", ignore_errors=True)
             self.folders.put(folder)
 
-    def try_stages(self, mutant, folder):
-        broken = {}
-        for sources, all_tests in self.stages(mutant.file):
-            if not self.compile(sources, broken, folder):
-                return "invalid", "compiler"
-            linked = set()
-            for tests in all_tests:
-                if tests.file not in linked and not self.link(tests, mutant.file, broken, folder):
-                    return "invalid", "linker"
-                linked.add(tests.file)
-                if not passes(tests, 5 * self.limits.of(tests), folder):
-                    return "killed", f"{tests.file} {tests.filter}"
-        return ("equivalent" if self.is_equivalent(broken, folder) else "survived"), ""
+    # As one of many in a program.
 
-    def compile(self, sources, broken, folder, options=()):
-        for source in sources:
-            target = self.tree.object_of(source, folder / ("sanitized" if options else "objects"))
-            target.parent.mkdir(parents=True, exist_ok=True)
-            precompiled = [] if options else ["-include-pch", WORK / "precompiled.pch"]
-            if run(["clang++", *UNOPTIMISED, *options, f"-I{folder}/lib", *precompiled,
-                    "-c", self.broken_source(source, folder), "-o", target]).returncode:
-                return False
-            broken[source] = target
-        return True
+    def check_unbroken(self, tests, suffix=""):
+        """They have to pass the way they are run here, too."""
+        folder = WORK / "unbroken"
+        folder.mkdir(exist_ok=True)
+        if killer := self.run_batches(self.batches(tests, None), WORK, folder, 0, suffix):
+            die(f"the unbroken library does not pass {killer}{suffix}")
+
+    def find_killer(self, tests, folder, number, last_killer):
+        batches = self.batches(tests, last_killer)
+        killer = self.run_batches(batches[:3] if self.quick_tests_only else batches, WORK, folder, number)
+        if killer is not None or self.quick_tests_only:
+            return killer
+        self.build_sanitized()
+        return self.run_batches([self.sanitized(tests)], WORK, folder, number, "-sanitized")
 
     @staticmethod
-    def broken_source(source, folder):
-        return folder / source.relative_to(ROOT) if source.is_relative_to(ROOT / "lib") else source
+    def batches(tests, last_killer):
+        """The one that killed it the last time, a few specific ones, the quick ones, random operations, the rest."""
+        def batch_of(test):
+            if test.name == last_killer:
+                return 0
+            if test.seconds <= QUICK:
+                return 2
+            return 3 if RANDOM.search(test.name) else 4
 
-    def link(self, tests, file, broken, folder):
-        if tests.sanitized:
-            sources = {*self.tree.library, *self.own_tests(file)}
-            sanitized = {}
-            if not self.compile([source for source in broken if source in sources], sanitized, folder, SANITIZER):
-                return False
-            broken = {**sanitized, **{source: plain for source, plain in broken.items() if source not in sanitized}}
-        return self.tree.link(tests, broken, folder)
+        batches = [[] for _ in range(5)]
+        for test in tests:
+            batches[batch_of(test)].append(test)
+        batches[1], batches[2] = batches[2][:FEW_TESTS], batches[2][FEW_TESTS:]
+        return batches
 
-    def is_equivalent(self, broken, folder):
+    @staticmethod
+    def run_batches(batches, programs, folder, number=0, suffix=""):
+        """The name of the test that kills, or None."""
+        slower = 20 if suffix else 5
+        for batch in batches:
+            for program in PROGRAMS:
+                tests = [test for test in batch if test.program == program]
+                if not tests:
+                    continue
+                seconds = 1 + slower * sum(test.seconds for test in tests)
+                names = [test.name for test in tests]
+                killer = Runner(folder).killer(programs / f"{program}{suffix}", names, seconds, number)
+                if killer is not None:
+                    return killer or "startup"
+        return None
+
+    def build_sanitized(self):
         with self.lock:
-            for source in broken:
-                if source not in self.unbroken:
-                    self.unbroken[source] = self.optimised(source, ROOT, folder)
-        return all(self.optimised(source, folder, folder) == self.unbroken[source] for source in broken)
+            if not self.is_sanitized_built:
+                self.built.build_sanitized()
+                self.check_unbroken(self.sanitized(self.built.all_tests()), "-sanitized")
+                self.is_sanitized_built = True
+
+    @staticmethod
+    def sanitized(tests):
+        return [test for test in tests if test.program in SANITIZED and test.seconds <= QUICK]
+
+    # By itself.
+
+    def judge_alone(self, mutant, folder):
+        """The objects of broken headers stand first in the link, so theirs are the inline functions that all objects
+        call; so most are killed before all users are compiled."""
+        users = self.built.includers.get(mutant.file, [])
+        library = [source for source in users if source.parts[0] == "lib"]
+        broken = {}
+        for sources in (library, [source for source in users if source not in library]):
+            if not sources:
+                continue
+            for source in sources:
+                errors = self.compile(source, broken, folder)
+                if errors and STATIC_ASSERT in errors:
+                    return "killed", f"static_assert in {source}"
+                if errors:
+                    return "invalid", "compiler"
+            for program in PROGRAMS:
+                if not self.built.link(program, broken, folder):
+                    return "invalid", "linker"
+            killer = self.run_batches(self.batches(self.built.all_tests(), self.verdicts.last_killer(mutant)), folder,
+                                      folder)
+            if killer is not None:
+                return "killed", killer
+        return ("equivalent" if self.is_equivalent(mutant, folder) else "survived"), ""
+
+    def compile(self, source, broken, folder):
+        """What is wrong with it, or None."""
+        broken[source] = folder / "objects" / source.with_suffix(".o")
+        broken[source].parent.mkdir(parents=True, exist_ok=True)
+        compiled = run(["clang++", *UNOPTIMISED, f"-I{folder}/lib", "-c", self.file_of(source, folder),
+                        "-o", broken[source]])
+        return compiled.stdout if compiled.returncode else None
+
+    @staticmethod
+    def file_of(source, tree):
+        return (tree if source.parts[0] == "lib" else ROOT) / source
+
+    def is_equivalent(self, mutant, folder):
+        """A header's templates are those of the library and of the foundation's tests."""
+        return all(self.optimised(source, folder, folder) == self.of_unbroken(source, folder)
+                   for source in self.built.includers.get(mutant.file, [])
+                   if source.parts[:2] in (("lib", "foundation"), ("lib", "ks_graph"), ("tests", "foundation")))
+
+    def of_unbroken(self, source, folder):
+        with self.lock:
+            if source not in self.unbroken:
+                self.unbroken[source] = self.optimised(source, ROOT, folder)
+            return self.unbroken[source]
 
     def optimised(self, source, tree, folder):
         """The object code without the folder's name."""
         target = folder / "optimised.o"
-        file = self.broken_source(source, tree)
-        compiled = run(["clang++", *FLAGS, "-O1", f"-ffile-prefix-map={tree}=.", f"-I{tree}/lib", "-c", file,
-                        "-o", target])
-        return target.read_bytes() if compiled.returncode == 0 else None
+        compiled = run(["clang++", *FLAGS, "-O1", f"-ffile-prefix-map={tree}=.", f"-I{tree}/lib",
+                        "-c", self.file_of(source, tree), "-o", target])
+        return hashlib.sha256(target.read_bytes()).digest() if compiled.returncode == 0 else None
+
+
+class Verdicts:
+    """Kept in a file, which is only appended to."""
+
+    def __init__(self):
+        self.path = WORK / "verdicts.jsonl"
+        self.lock = threading.Lock()
+        self.known = {}
+        if self.path.exists():
+            for line in self.path.read_text().splitlines():
+                entry = json.loads(line)
+                self.known[tuple(entry["mutant"])] = entry
+        tests = hashlib.sha256()
+        for file in sorted(path for folder in ("support", "data", *PROGRAMS.values())
+                           for path in (ROOT / "tests" / folder).rglob("*") if path.is_file()):
+            tests.update(file.read_bytes())
+        self.tests = tests.hexdigest()
+
+    def state(self, mutant):
+        """What the verdict depends on."""
+        return f"{hash_of(mutant.file)} {self.tests}"
+
+    def of(self, mutant):
+        entry = self.known.get(mutant.key)
+        return (entry["verdict"], entry["killer"]) if entry and entry["state"] == self.state(mutant) else None
+
+    def last_killer(self, mutant):
+        return self.known.get(mutant.key, {}).get("killer")
+
+    def add(self, mutant, verdict, killer):
+        with self.lock, self.path.open("a") as file:
+            self.known[mutant.key] = {"mutant": mutant.key, "state": self.state(mutant), "verdict": verdict,
+                                      "killer": killer}
+            file.write(json.dumps(self.known[mutant.key]) + "\n")
 
 
 def read_survivors():
@@ -420,7 +353,9 @@ def main():
     parser.add_argument("--seed", default="1")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--survivors", action="store_true", help="only those that survivors.txt says live")
-    parser.add_argument("--own", action="store_true", help="try the broken file's own tests alone: a quick look")
+    parser.add_argument("--quick", action="store_true",
+                        help="a first look, of which nothing is kept but what is killed: only the quick tests, and "
+                        "those by themselves not at all that do not go with others")
     parser.add_argument("--only", metavar="FILE", help="mutants of that file, such as GraphScene.cpp")
     options = parser.parse_args()
 
@@ -431,20 +366,38 @@ def main():
         die("survivors.txt speaks of what is not there:\n" + "\n".join(": ".join(key) for key in sorted(unknown)))
     chosen = choose(mutants, reasons, options)
 
-    programs = {own_program(mutant.file) for mutant in chosen} if options.own else PROGRAMS
-    judge = Judge(Tree(programs, options.jobs), options.jobs, options.own)
-    verdicts = {}
+    found = {}
     if options.places:
-        verdicts = {mutant: ("survived", "as survivors.txt says") for mutant in chosen if mutant.key in reasons}
+        found = {mutant: ("survived", "as survivors.txt says") for mutant in chosen if mutant.key in reasons}
+    WORK.mkdir(parents=True, exist_ok=True)
+    verdicts = Verdicts()
+    for mutant in chosen:
+        if mutant not in found and (known := verdicts.of(mutant)):
+            found[mutant] = known
+    numbered = list(enumerate(mutants, 1))
+    wanted = set(chosen) - found.keys()
+    to_try = [(number, mutant) for number, mutant in numbered if mutant in wanted]
+    if to_try:
+        try_all(to_try, numbered, verdicts, found, options)
+    sys.exit(0 if report({mutant: found[mutant] for mutant in chosen}, reasons) else 1)
+
+
+def try_all(to_try, all_numbered, verdicts, found, options):
+    # Recursion goes deep in some tests, and the frames are large.
+    _, most = resource.getrlimit(resource.RLIMIT_STACK)
+    resource.setrlimit(resource.RLIMIT_STACK, (STACK if most == resource.RLIM_INFINITY else min(STACK, most), most))
+    judge = Judge(Build(all_numbered, options.jobs), options.jobs, verdicts, options.quick)
+    judge.check_unbroken([test for test in judge.built.all_tests() if test.seconds <= QUICK])
+    total = len(found) + len(to_try)
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        jobs = {pool.submit(judge.judge, mutant): mutant for mutant in chosen if mutant not in verdicts}
-        for job in concurrent.futures.as_completed(jobs):
-            mutant = jobs[job]
-            verdicts[mutant] = job.result()
-            print(f"[{len(verdicts)}/{len(chosen)}] {mutant.file}:{mutant.line}: {mutant.key[1]}: "
-                  f"{' '.join(verdicts[mutant])[:100]}", file=sys.stderr, flush=True)
-    in_order = {mutant: verdicts[mutant] for mutant in chosen}
-    sys.exit(0 if report(in_order, reasons) else 1)
+        running = {pool.submit(judge.judge, number, mutant): mutant for number, mutant in to_try}
+        for job in concurrent.futures.as_completed(running):
+            mutant = running[job]
+            found[mutant] = job.result()
+            if found[mutant][0] == "killed" or not options.quick:
+                verdicts.add(mutant, *found[mutant])
+            print(f"[{len(found)}/{total}] {mutant.file}:{mutant.line}: {mutant.key[1]}: "
+                  f"{' '.join(found[mutant])[:100]}", file=sys.stderr, flush=True)
 
 
 if __name__ == "__main__":
