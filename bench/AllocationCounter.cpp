@@ -31,46 +31,7 @@ void release(void* block) noexcept
 
 } // namespace
 
-void* operator new(std::size_t size)
-{
-    if (void* const block = allocate(size)) return block;
-    throw std::bad_alloc();
-}
-
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-
-void* operator new(std::size_t size, std::nothrow_t const&) noexcept
-{
-    return allocate(size);
-}
-
-void* operator new[](std::size_t size, std::nothrow_t const&) noexcept
-{
-    return allocate(size);
-}
-
-void operator delete(void* block) noexcept
-{
-    release(block);
-}
-
-void operator delete[](void* block) noexcept
-{
-    release(block);
-}
-
-void operator delete(void* block, std::size_t) noexcept
-{
-    release(block);
-}
-
-void operator delete[](void* block, std::size_t) noexcept
-{
-    release(block);
-}
+#include "support/GlobalNewAndDelete.h"
 
 namespace bench
 {

@@ -69,6 +69,10 @@ def count_text(count):
     return f"{count:,.0f}" if count >= 100 else f"{count:.3g}"
 
 
+def allocations_text(count):
+    return f"{count_text(count)} allocation" + ("" if count == 1 else "s")
+
+
 def time_text(nanoseconds):
     for unit, size in ("s", 1e9), ("ms", 1e6), ("µs", 1e3):
         if nanoseconds >= size:
@@ -113,7 +117,7 @@ def panel(name, points, scale):
     places = [(scale.x(nodes), scale.y(point.nanoseconds)) for nodes, point in points.items()]
     parts = [
         text(PLOT_LEFT, 14, name.replace("_", " "), "name"),
-        text(PLOT_LEFT, 28, f"{count_text(points[last].allocations)} allocations"),
+        text(PLOT_LEFT, 28, allocations_text(points[last].allocations)),
         line("axis", [(PLOT_LEFT, bottom), (PLOT_LEFT + PLOT_WIDTH, bottom)]),
         text(PLOT_LEFT, bottom + 14, "1,000", anchor="middle"),
         text(PLOT_LEFT + PLOT_WIDTH, bottom + 14, "1,000,000", anchor="middle"),

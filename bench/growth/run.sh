@@ -11,20 +11,9 @@ results=$root/build/bench/growth
 sizes=("$@")
 [ ${#sizes[@]} -gt 0 ] || sizes=(1000 10000 100000 1000000)
 
-source "$root/tools/require_packages.sh"
-require_packages g++ cmake ninja-build pkg-config python3 util-linux \
-    libbenchmark-dev libboost-graph-dev libgraphviz-dev liblemon-dev >&2
+source "$root/bench/build.sh"
 
-build()
-{
-    mkdir -p "$results"
-    (cd "$root" && cmake --preset bench && cmake --build --preset bench --target bench_growth) \
-        >"$results/build.log" 2>&1 && return
-    cat "$results/build.log" >&2
-    exit 1
-}
-
-build
+build_benchmarks "$root" "$results" bench_growth
 taskset -c "${CORE:-1}" "$root/build/bench/bench/growth/bench_growth" \
     --benchmark_filter="/($(IFS='|' && echo "${sizes[*]}"))/" --benchmark_repetitions="${REPEATS:-3}" \
     --benchmark_out="$results/results.json" --benchmark_out_format=json >&2

@@ -13,17 +13,7 @@ results=$root/build/bench/peers
 sizes=("$@")
 [ ${#sizes[@]} -gt 0 ] || sizes=(1000 10000 100000 1000000)
 
-source "$root/tools/require_packages.sh"
-require_packages g++ cmake ninja-build pkg-config python3 util-linux \
-    libbenchmark-dev libboost-graph-dev libgraphviz-dev liblemon-dev >&2
-
-build()
-{
-    mkdir -p "$results"
-    (cd "$root" && cmake --preset bench && cmake --build --preset bench) >"$results/build.log" 2>&1 && return
-    cat "$results/build.log" >&2
-    exit 1
-}
+source "$root/bench/build.sh"
 
 # One line for each workload, with the program's name in front. The notes of a workload that was stopped go to the
 # standard error.
@@ -46,7 +36,7 @@ measure_all()
     done
 }
 
-build
+build_benchmarks "$root" "$results"
 measure_all >"$results/results.csv"
 "$here/table.py" --markdown "$results/results.csv" >"$results/results.md"
 "$here/table.py" "$results/results.csv" | tee "$results/results.txt"
