@@ -39,6 +39,13 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/ks_graph.pc.in ${PROJECT_BINARY_DIR}/ks
 install(FILES ${PROJECT_BINARY_DIR}/ks_graph.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
     COMPONENT development)
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+# The README with all that its links lead to.
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR}
     COMPONENT development)
+foreach(files IN ITEMS docs/*.md docs/*.svg docs/pictures/*.svg examples/hosts/*.cpp examples/hosts/*.txt)
+    file(GLOB found CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${files})
+    list(FILTER found EXCLUDE REGEX CMakeLists)
+    get_filename_component(folder ${files} DIRECTORY)
+    install(FILES ${found} DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT development)
+endforeach()

@@ -29,4 +29,10 @@ while read -r file; do
 done < <(grep -ohE '(href|src)="[^"#:]+["#]' ./*.html | sed -E 's/^[a-z]+="//; s/["#]$//' | sort -u)
 [ "$lost" -eq 0 ] || exit 1
 echo "passed: every link of the site leads somewhere"
+
+# Doxygen leaves a link whose text goes over the end of a line, and much behind it, as it stands.
+if grep -nE '@ref|@code|&lt;(tt|table)&gt;' ./md_*.html index.html | cut -c1-200 >&2; then
+    exit 1
+fi
+echo "passed: every page is laid out to its end"
 echo "open build/docs/index.html" >&2

@@ -39,6 +39,39 @@ consume_installed()
     PKG_CONFIG_PATH=$config consume "$name, by pkg-config" pkg-config
 }
 
+# block LANGUAGE: the first block of the README in that language.
+block()
+{
+    awk -v mark="\`\`\`$1" '/^```/ && inside { exit } inside; $0 == mark { inside = 1 }' "$root/README.md"
+}
+
+# consume_as_the_readme_tells PREFIX: its project, with its first program, prints what it says.
+consume_as_the_readme_tells()
+{
+    local project=$work/readme
+    mkdir "$project"
+    block cmake >"$project/CMakeLists.txt"
+    block cpp >"$project/main.cpp"
+    block text >"$project/expected"
+    quietly cmake -G Ninja -S "$project" -B "$project/build" "-DCMAKE_PREFIX_PATH=$1"
+    quietly cmake --build "$project/build"
+    quietly diff "$project/expected" <("$project/build/editor")
+    echo "package: the project of the README runs"
+}
+
+# The pages link the headers where they are in the sources.
+links_lead_somewhere()
+{
+    local page target
+    find "$1" -name '*.md' | while read -r page; do
+        sed -n 's/](\(\(\.\.\/\)*[A-Za-z_]*\(\/[A-Za-z_.-]*\)*\.[a-z]*\)/\n](\1\n/gp' "$page" |
+            sed -n 's/^](//p' | while read -r target; do
+            [[ $target == ../lib/* ]] || quietly test -e "$(dirname "$page")/$target"
+        done
+    done
+    echo "package: the links of the installed pages lead somewhere"
+}
+
 # package BUILD GENERATOR PATTERN: makes the package and prints its path.
 package()
 {
@@ -51,6 +84,8 @@ check_linux()
 {
     quietly cmake --install "$root/build/release" --prefix "$work/shared"
     consume_installed "shared library" "$work/shared"
+    consume_as_the_readme_tells "$work/shared"
+    links_lead_somewhere "$work/shared/share/doc"
 
     quietly cmake -S "$root" -B "$work/static-build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF \
         -DKS_GRAPH_BUILD_TESTS=OFF -DKS_GRAPH_BUILD_EXAMPLES=OFF
