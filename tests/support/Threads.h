@@ -5,7 +5,6 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <iostream>
-#include <latch>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -51,19 +50,39 @@ private:
     std::thread thread_; // the last one: it uses the others
 };
 
+/// Lets threads go when as many as are expected have come. Not std::latch: that of GCC 12 may lose the
+/// wake-up where the system has no futex, as on Windows.
+class StartingLine
+{
+public:
+    explicit StartingLine(unsigned int expected) : missing_(expected) {}
+
+    void arriveAndWait()
+    {
+        std::unique_lock lock(mutex_);
+        if (--missing_ == 0) allThere_.notify_all();
+        allThere_.wait(lock, [this] { return missing_ == 0; });
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable allThere_;
+    unsigned int missing_;
+};
+
 /// Runs `work(0)`, `work(1)`, ... each on a thread of its own; none starts before all are there.
 template <class Work>
 void onThreads(unsigned int count, Work const& work)
 {
     Watchdog const watchdog;
-    std::latch allThere(count);
+    StartingLine start(count);
     std::vector<std::thread> threads;
     for (unsigned int i = 0; i < count; ++i)
     {
         threads.emplace_back(
-            [i, &allThere, &work]
+            [i, &start, &work]
             {
-                allThere.arrive_and_wait();
+                start.arriveAndWait();
                 work(i);
             });
     }
