@@ -17,7 +17,7 @@ char lower(unsigned char byte)
     return static_cast<char>(std::tolower(byte));
 }
 
-std::uint64_t hashWithoutCase(std::string_view name)
+std::uint32_t hashWithoutCase(std::string_view name)
 {
     std::uint64_t hash = emptyTextHash;
     for (char const byte : name)
@@ -25,7 +25,7 @@ std::uint64_t hashWithoutCase(std::string_view name)
         char const folded = lower(static_cast<unsigned char>(byte));
         hash = continuedHash(hash, {&folded, 1});
     }
-    return hash;
+    return shortHash(hash);
 }
 
 // The letters whose other case is not the same everywhere: those above ASCII, and I, which has two in

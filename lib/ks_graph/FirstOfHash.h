@@ -18,14 +18,14 @@ class FirstOfHash
 {
 public:
     /// When it fails, the object is not here; what was before is.
-    void insert(std::uint64_t hash, unsigned int rank, T* object)
+    void insert(std::uint32_t hash, unsigned int rank, T* object)
     {
         if (!waiting_.isFree()) settle(waiting_);
         waiting_ = {hash, rank, object};
         table_.prefetch(hash);
     }
 
-    void erase(std::uint64_t hash, unsigned int rank) noexcept
+    void erase(std::uint32_t hash, unsigned int rank) noexcept
     {
         if (waiting_.isOf(hash) && waiting_.rank == rank)
         {
@@ -51,7 +51,7 @@ public:
 
     /// The object of the lowest rank for which `isWanted` holds, or null.
     template <class IsWanted>
-    T* findFirst(std::uint64_t hash, IsWanted isWanted) const
+    T* findFirst(std::uint32_t hash, IsWanted isWanted) const
     {
         Entry const found = findSettled(hash, isWanted);
         bool const waitingIsFirst = waiting_.isOf(hash) && (found.isFree() || waiting_.rank < found.rank) &&
@@ -78,12 +78,12 @@ public:
 private:
     struct Entry
     {
-        std::uint64_t textHash = 0;
+        std::uint32_t textHash = 0;
         unsigned int rank = 0;
         T* object = nullptr;
 
         bool isFree() const { return object == nullptr; }
-        bool isOf(std::uint64_t wantedHash) const { return !isFree() && textHash == wantedHash; }
+        bool isOf(std::uint32_t wantedHash) const { return !isFree() && textHash == wantedHash; }
         std::uint64_t hash() const { return textHash; }
     };
 
@@ -102,7 +102,7 @@ private:
     }
 
     template <class IsWanted>
-    Entry findSettled(std::uint64_t hash, IsWanted isWanted) const
+    Entry findSettled(std::uint32_t hash, IsWanted isWanted) const
     {
         Entry const* const first = find(hash);
         if (first == nullptr) return {};
@@ -113,8 +113,8 @@ private:
         return {};
     }
 
-    Entry* find(std::uint64_t hash) { return const_cast<Entry*>(std::as_const(*this).find(hash)); }
-    Entry const* find(std::uint64_t hash) const
+    Entry* find(std::uint32_t hash) { return const_cast<Entry*>(std::as_const(*this).find(hash)); }
+    Entry const* find(std::uint32_t hash) const
     {
         return table_.find(hash, [hash](Entry const& entry) { return entry.textHash == hash; });
     }
@@ -123,7 +123,7 @@ private:
     // What was inserted last: a node is made and then gets its owner, and meanwhile its place in the table is
     // on the way into the cache.
     Entry waiting_;
-    std::map<std::pair<std::uint64_t, unsigned int>, T*> later_; // all but the first of each value
+    std::map<std::pair<std::uint32_t, unsigned int>, T*> later_; // all but the first of each value
 };
 
 } // namespace kestrel::graph

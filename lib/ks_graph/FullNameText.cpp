@@ -27,6 +27,14 @@ private:
     char* begin_;
 };
 
+// False, with nothing changed, if it has another end.
+bool removeEnd(std::string_view& text, std::string_view end)
+{
+    if (!text.ends_with(end)) return false;
+    text.remove_suffix(end.size());
+    return true;
+}
+
 } // namespace
 
 FullNameText::FullNameText(GraphNodeBase& node)
@@ -87,6 +95,22 @@ HashedText FullNameText::hashed() const
 {
     if (plainNode_ == nullptr) return HashedText(view_);
     return {view_, continuedHash(plainNode_->placeInNames_.fullNameHash, view_.substr(nodeLength_))};
+}
+
+bool FullNameText::isFullName(GraphNodeBase& node, std::string_view text)
+{
+    return hasPlainFullName(node) ? isPlainFullName(node, text) : FullNameText(node).view() == text;
+}
+
+// From the end up to the root: nothing is put together for a question.
+bool FullNameText::isPlainFullName(GraphNodeBase const& node, std::string_view text)
+{
+    for (GraphNodeBase const* part = &node; removeEnd(text, cText(part->name_)); part = part->nodeOwner_)
+    {
+        if (part->nodeOwner_ == nullptr) return text.empty();
+        if (!removeEnd(text, ".")) return false;
+    }
+    return false;
 }
 
 std::uint64_t FullNameText::hashInFrontOf(GraphNodePin const& pin)

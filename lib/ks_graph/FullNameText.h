@@ -29,6 +29,11 @@ public:
     std::string_view view() const { return view_; }
     HashedText hashed() const;
 
+    /// Whether the text is the full name of the node.
+    static bool isFullName(GraphNodeBase& node, std::string_view text);
+    /// The same. REQUIRES: a plain full name.
+    static bool isPlainFullName(GraphNodeBase const& node, std::string_view text);
+
     /// The hash of what stands in front of the pin's own name. REQUIRES: plain full names of the pin and its
     /// node.
     static std::uint64_t hashInFrontOf(GraphNodePin const& pin);

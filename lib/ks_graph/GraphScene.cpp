@@ -168,7 +168,7 @@ GraphNodeBase* GraphScene::getNodePtrById(unsigned int const& id) const
 
 GraphNodeBase* GraphScene::getNodePtrByFullName(KS_String const& name) const
 {
-    if (rootNode_ != nullptr && FullNameText(*rootNode_).view() == cText(name)) return rootNode_;
+    if (rootNode_ != nullptr && FullNameText::isFullName(*rootNode_, cText(name))) return rootNode_;
     NodeNames& names = registry_->nodeNames;
     if (!names.isReady(registry_->nodesById)) return findAsked(registry_->nodesById, name, nullptr);
     GraphNodeBase* const plain = names.findPlain(cText(name));
@@ -1002,7 +1002,8 @@ KS_String GraphScene::freePlainNodeName(KS_String const& ownerFullName, KS_Strin
     int number = names.freeNumbers().firstFree(candidates, 1, isTaken);
     // The root node need not be registered.
     if (rootNode_ != nullptr)
-        while (FullNameText(*rootNode_).view() == candidates.with(number) || isTaken(candidates.with(number)))
+        while (FullNameText::isFullName(*rootNode_, candidates.with(number)) ||
+               isTaken(candidates.with(number)))
             ++number;
     return numberedName(cText(baseName), 2, number);
 }

@@ -24,6 +24,13 @@ constexpr std::uint64_t hashOf(std::string_view text)
     return continuedHash(emptyTextHash, text);
 }
 
+/// What the entries of a table keep of a hash: short entries are found sooner, and few texts share half a
+/// hash.
+constexpr std::uint32_t shortHash(std::uint64_t hash)
+{
+    return static_cast<std::uint32_t>(hash);
+}
+
 /// A text that is looked up, with its hash.
 struct HashedText
 {

@@ -50,7 +50,7 @@ void NodeNames::takeOut(GraphNodeBase& node) noexcept
         asked_.erase(place.id);
         return;
     }
-    plain_.erase(place.fullNameHash, place.id);
+    plain_.erase(shortHash(place.fullNameHash), place.id);
     if (freeNumbers_.isEmpty()) return;
     try
     {
@@ -86,7 +86,7 @@ void NodeNames::insert(GraphNodeBase& node)
     place.isAsked = !hasPlainFullName(node);
     if (!place.isAsked)
     {
-        plain_.insert(place.fullNameHash, place.id, &node);
+        plain_.insert(shortHash(place.fullNameHash), place.id, &node);
         return;
     }
     freeNumbers_.clear();
@@ -117,8 +117,8 @@ bool NodeNames::isReady(Nodes const& nodes) noexcept
 
 GraphNodeBase* NodeNames::findPlain(std::string_view fullName) const
 {
-    return plain_.findFirst(hashOf(fullName), [fullName](GraphNodeBase& node)
-                            { return FullNameText(node).view() == fullName; });
+    return plain_.findFirst(shortHash(hashOf(fullName)), [fullName](GraphNodeBase const& node)
+                            { return FullNameText::isPlainFullName(node, fullName); });
 }
 
 void NodeNames::forgetAll() noexcept

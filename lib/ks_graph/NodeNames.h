@@ -55,7 +55,6 @@ public:
     FreeNumbers& freeNumbers() { return freeNumbers_; }
 
 private:
-    static bool isFullName(GraphNodeBase const* node, std::string_view text);
     void insert(GraphNodeBase& node);
     void forgetAll() noexcept;
     void giveUp() noexcept;

@@ -41,7 +41,7 @@ public:
         explicit Key(HashedText const& name)
             : text_(new char[name.text.size()]),
               length_(static_cast<std::uint32_t>(name.text.size())),
-              hash_(static_cast<std::uint32_t>(name.hash))
+              hash_(shortHash(name.hash))
         {
             std::copy(name.text.begin(), name.text.end(), text_.get());
         }
@@ -100,7 +100,7 @@ public:
     }
 
     /// Ahead of an operation on this name.
-    void prefetch(std::uint64_t hash) const { entries_.prefetch(static_cast<std::uint32_t>(hash)); }
+    void prefetch(std::uint64_t hash) const { entries_.prefetch(shortHash(hash)); }
 
     /// False for an unknown old name. A new name that is taken keeps its pin.
     bool rekey(Name const& oldName, Key&& newKey) noexcept
@@ -153,7 +153,7 @@ private:
     Entry* entryOf(Name const& name) { return const_cast<Entry*>(std::as_const(*this).entryOf(name)); }
     Entry const* entryOf(Name const& name) const
     {
-        auto const hash = static_cast<std::uint32_t>(name.hash());
+        std::uint32_t const hash = shortHash(name.hash());
         return entries_.find(hash, [&name, hash](Entry const& entry)
                              { return entry.key.hash() == hash && entry.key.is(name); });
     }

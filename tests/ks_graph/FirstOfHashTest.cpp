@@ -18,12 +18,12 @@ namespace
 TEST(FirstOfHash, FindsTheLowestRankOfAHashThatIsWanted)
 {
     std::array<int, 60> objects{};
-    auto const hashOfObject = [](std::size_t object) { return std::uint64_t{object} % 7 << 32; };
+    auto const hashOfObject = [](std::size_t object) { return static_cast<std::uint32_t>(object % 7); };
     auto const rankOf = [](std::size_t object) { return static_cast<unsigned int>(object * 37 % 60); };
     for (std::size_t i = 0; i < objects.size(); ++i) objects[i] = static_cast<int>(i % 3);
     FirstOfHash<int> table;
     std::set<std::size_t> model;
-    auto const firstIn = [&](std::uint64_t hash, int wanted) -> int*
+    auto const firstIn = [&](std::uint32_t hash, int wanted) -> int*
     {
         std::size_t first = objects.size();
         for (std::size_t const object : model)
@@ -43,7 +43,7 @@ TEST(FirstOfHash, FindsTheLowestRankOfAHashThatIsWanted)
             model.erase(object);
             table.erase(hashOfObject(object), rankOf(object));
         }
-        for (std::uint64_t hash = 0; hash < std::uint64_t{8} << 32; hash += std::uint64_t{1} << 32)
+        for (std::uint32_t hash = 0; hash < 8; ++hash)
             for (int const wanted : {-1, 0, 1, 2})
             {
                 auto const isWanted = [wanted](int value) { return wanted < 0 || value == wanted; };
@@ -56,7 +56,7 @@ TEST(FirstOfHash, FindsTheLowestRankOfAHashThatIsWanted)
         for (std::size_t const each : model) expected.insert(&objects[each]);
         ASSERT_EQ(visited, expected);
     }
-    table.erase(std::uint64_t{99} << 32, 0); // of no object
+    table.erase(99, 0); // of no object
     table.clear();
     table.forEach([](int&) { ADD_FAILURE(); });
     EXPECT_EQ(table.findFirst(0, [](int) { return true; }), nullptr);

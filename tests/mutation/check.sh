@@ -2,7 +2,8 @@
 # Breaks the library on purpose, in copies, and demands that the tests notice; see mutate.py.
 #   tests/mutation/check.sh          50 places, chosen by a fixed seed
 #   tests/mutation/check.sh --long   all places; goes on where it was stopped
-# Also --seed SEED, --jobs COUNT, --only FILE and --quick, a first look.
+# Those that survivors.txt says live are tried with --survivors alone. Also --seed SEED, --jobs COUNT, --only FILE and
+# --quick, a first look.
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)

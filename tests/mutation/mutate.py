@@ -348,11 +348,10 @@ def report(verdicts, reasons):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--places", type=int, default=0,
-                        help="so many mutants, chosen by the seed, of which those are not tried that survivors.txt "
-                        "says live; 0 for all")
+                        help="so many mutants, chosen by the seed; 0 for all")
     parser.add_argument("--seed", default="1")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
-    parser.add_argument("--survivors", action="store_true", help="only those that survivors.txt says live")
+    parser.add_argument("--survivors", action="store_true", help="those that survivors.txt says live, which are not tried otherwise")
     parser.add_argument("--quick", action="store_true",
                         help="a first look, of which nothing is kept but what is killed: only the quick tests, and "
                         "those by themselves not at all that do not go with others")
@@ -367,7 +366,7 @@ def main():
     chosen = choose(mutants, reasons, options)
 
     found = {}
-    if options.places:
+    if not options.survivors:
         found = {mutant: ("survived", "as survivors.txt says") for mutant in chosen if mutant.key in reasons}
     WORK.mkdir(parents=True, exist_ok=True)
     verdicts = Verdicts()
