@@ -25,6 +25,10 @@ namespace bench
 /// What both kinds do alike.
 struct FloorTexts
 {
+    /// Whether pins are registered before they have their names, connections end one by one when all do, and
+    /// each node's XML is a text of its own.
+    static constexpr bool goesStepByStep = false;
+
     // As a signed number, which is how the library writes ids.
     static void appendNumber(std::string& out, std::uint32_t number)
     {
@@ -569,6 +573,25 @@ struct FlatParts : FloorTexts
 
         std::vector<Slot> slots_ = std::vector<Slot>(16);
         std::size_t size_ = 0;
+    };
+};
+
+/// The compact parts, with the steps that a host's overrides may take part in: each object is made and ended
+/// by itself.
+struct StepwiseParts : FlatParts
+{
+    static constexpr bool goesStepByStep = true;
+
+    template <class T>
+    class Pool
+    {
+    public:
+        template <class... Arguments>
+        T* make(Arguments&&... arguments)
+        {
+            return new T(std::forward<Arguments>(arguments)...);
+        }
+        void free(T* object) { delete object; }
     };
 };
 

@@ -98,11 +98,13 @@ public:
 
     Pin* addPin(Node* node, FloorDirection direction, std::string_view name)
     {
-        Pin* const pin = pinPool_.make(nextPinId_++, floorUnlimited, direction, name);
+        std::string_view const firstName = Parts::goesStepByStep ? "Untitled" : name;
+        Pin* const pin = pinPool_.make(nextPinId_++, floorUnlimited, direction, firstName);
         pin->node = node;
         node->pins.append(pin);
         pins_.insert(pin->id, pin);
         pinNames_.insert(pin);
+        if (Parts::goesStepByStep) rename(pin, name);
         return pin;
     }
 
@@ -169,6 +171,13 @@ public:
         learnNames(node);
     }
 
+    void rename(Pin* pin, std::string_view name)
+    {
+        pinNames_.erase(pin);
+        pin->name = name;
+        pinNames_.insert(pin);
+    }
+
     void setOwner(Node* node, Node* owner)
     {
         forgetNames(node);
@@ -201,7 +210,14 @@ public:
     std::string toXml() const
     {
         std::string out = "<graph>\n<nodes>\n";
-        nodes_.each([&out](Node const* node) { appendXml(out, *node); });
+        nodes_.each(
+            [&out](Node const* node)
+            {
+                if (Parts::goesStepByStep)
+                    out += xmlOf(*node);
+                else
+                    appendXml(out, *node);
+            });
         out += "</nodes>\n<connections>\n";
         for (Connection const* const connection : connections_)
         {
@@ -216,6 +232,9 @@ public:
 
     void clear()
     {
+        if (Parts::goesStepByStep)
+            for (Connection* const connection : std::vector<Connection*>(connections_))
+                disconnect(connection);
         for (Connection* const connection : connections_) connectionPool_.free(connection);
         connections_.clear();
         nodes_.each(
@@ -316,6 +335,13 @@ private:
         disconnect(connection);
         connect(leaves ? source : interfacePin, leaves ? interfacePin : target, false);
         connect(leaves ? compoundPin : source, leaves ? target : compoundPin, false);
+    }
+
+    static std::string xmlOf(Node const& node)
+    {
+        std::string out;
+        appendXml(out, node);
+        return out;
     }
 
     static void appendXml(std::string& out, Node const& node)

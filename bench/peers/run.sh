@@ -29,7 +29,7 @@ measure_all()
     local repeat n program
     for ((repeat = 1; repeat <= ${REPEATS:-3}; repeat++)); do
         for n in "${sizes[@]}"; do
-            for program in ks_graph ks_graph_derived floor floor_ordered cgraph boost lemon lemon_smart; do
+            for program in ks_graph ks_graph_derived floor floor_stepwise floor_ordered cgraph boost lemon lemon_smart; do
                 measure "$program" "$n"
             done
         done
