@@ -77,7 +77,7 @@ public:
         if (contains(name)) return false;
         Key key(name);
         entries_.reserveOneMore();
-        entries_.insert({std::move(key), pin});
+        wait({std::move(key), pin});
         return true;
     }
 
@@ -105,12 +105,16 @@ public:
     /// False for an unknown old name. A new name that is taken keeps its pin.
     bool rekey(Name const& oldName, Key&& newKey) noexcept
     {
+        if (isWaiting(oldName) && entryOf(oldName) == nullptr)
+        {
+            wait({std::move(newKey), waiting_.pin});
+            return true;
+        }
         settle();
         Entry* const entry = entryOf(oldName);
         if (entry == nullptr) return false;
-        waiting_ = {std::move(newKey), entry->pin};
+        wait({std::move(newKey), entry->pin});
         entries_.erase(entry);
-        prefetch(waiting_.hash());
         return true;
     }
 
@@ -161,7 +165,15 @@ private:
     Entry const* found(HashedText const& name) const
     {
         if (Entry const* const entry = entryOf(name)) return entry;
-        return !waiting_.isFree() && waiting_.key.is(name) ? &waiting_ : nullptr;
+        return isWaiting(name) ? &waiting_ : nullptr;
+    }
+
+    bool isWaiting(Name const& name) const { return !waiting_.isFree() && waiting_.key.is(name); }
+
+    void wait(Entry&& entry) noexcept
+    {
+        waiting_ = std::move(entry);
+        prefetch(waiting_.hash());
     }
 
     void settle() noexcept
@@ -172,8 +184,9 @@ private:
     }
 
     FlatTable<Entry> entries_;
-    // What was re-keyed last, as long as nothing else changes: a pin is made and then named, and meanwhile
-    // its place in the table is on the way into the cache. A name that is taken there keeps its pin.
+    // What was registered or re-keyed last, as long as nothing else changes: a pin is made and then named, so
+    // its first name need not go into the table, and meanwhile the place of the second is on the way into the
+    // cache. A name that is taken there keeps its pin.
     Entry waiting_;
 };
 
