@@ -224,10 +224,8 @@ void GraphConnection::addToTargetPin()
 
 KS_String GraphConnection::toXml()
 {
-    KS_String text;
-    text.format("<connection source-node=\"%d\" target-node=\"%d\"/>\n", xmlId(sourcePin_),
-                xmlId(targetPin_));
-    return text;
+    return KS_String::concatenated({"<connection source-node=\"", Decimal(xmlId(sourcePin_)),
+                                    "\" target-node=\"", Decimal(xmlId(targetPin_)), "\"/>\n"});
 }
 
 } // namespace kestrel::graph

@@ -1068,9 +1068,8 @@ bool GraphNodeBase::hasConnectionsWithNode(GraphNodeBase const* node, bool const
 
 KS_String GraphNodeBase::toXml()
 {
-    KS_String opening;
-    opening.format("<node id=\"%d\">\n<pins>\n", static_cast<int>(id_));
-    std::string text(opening.c_str());
+    std::string text("<node id=\"");
+    text.append(Decimal(static_cast<int>(id_))).append("\">\n<pins>\n");
     for (GraphNodePin* const pin : nodePins_.list) text += pin->toXml();
     text += "</pins>\n</node>\n";
     return KS_String(text);

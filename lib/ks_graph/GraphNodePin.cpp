@@ -391,11 +391,10 @@ void GraphNodePin::setName(KS_String const& name)
 KS_String GraphNodePin::toXml()
 {
     GraphNodeBase const* const node = getParentGraphNodePtr();
-    KS_String text;
-    text.format("<pin parent=\"%d\" input=\"%s\" output=\"%s\" maxconnections=\"%d\">\n</pin>\n",
-                node != nullptr ? static_cast<int>(node->getId()) : -1, isInputPin() ? "true" : "false",
-                isOutputPin() ? "true" : "false", static_cast<int>(getMaxNumConnections()));
-    return text;
+    return KS_String::concatenated(
+        {"<pin parent=\"", Decimal(node != nullptr ? static_cast<int>(node->getId()) : -1), "\" input=\"",
+         isInputPin() ? "true" : "false", "\" output=\"", isOutputPin() ? "true" : "false",
+         "\" maxconnections=\"", Decimal(static_cast<int>(getMaxNumConnections())), "\">\n</pin>\n"});
 }
 
 bool GraphNodePin::isConnected() const

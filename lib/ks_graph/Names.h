@@ -4,6 +4,9 @@
 
 #include <foundation/KS_String.h>
 
+#include <array>
+#include <charconv>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -38,6 +41,24 @@ KS_String numberedName(std::string_view stem, int width, int number);
 
 /// Appends the number, padded with zeros to `width` digits.
 void appendNumber(std::string& text, int width, int number);
+
+/// The decimal digits of a number, behind a minus sign where it is negative, without touching the heap.
+class Decimal
+{
+public:
+    explicit Decimal(int number) : end_(std::to_chars(text_.begin(), text_.end(), number).ptr) {}
+    Decimal(Decimal const&) = delete;
+    Decimal& operator=(Decimal const&) = delete;
+
+    operator std::string_view() const
+    {
+        return {text_.data(), static_cast<std::size_t>(end_ - text_.data())};
+    }
+
+private:
+    std::array<char, 11> text_;
+    char const* end_;
+};
 
 /// How many of the bytes at the end of the text are decimal digits.
 int trailingDigits(std::string_view text);
