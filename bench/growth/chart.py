@@ -4,12 +4,11 @@
 usage: chart.py RESULTS.JSON
 """
 
-import json
 import math
-import statistics
 import sys
-from collections import defaultdict
 from xml.sax.saxutils import escape
+
+from results import read_points, time_text
 
 COLUMNS = 5
 PANEL_WIDTH, PANEL_HEIGHT = 204, 140
@@ -40,44 +39,12 @@ text { font-family: system-ui, "Segoe UI", Helvetica, Arial, sans-serif; font-si
 """
 
 
-class Point:
-    """The medians of one workload for one number of nodes."""
-
-    def __init__(self, runs):
-        self.nanoseconds = statistics.median(run["real_time"] for run in runs)
-        self.allocations = statistics.median(run["allocations"] for run in runs)
-
-
-def read_points(path):
-    """By workload, in the order in which those of the largest graph ran, and by number of nodes."""
-    with open(path, encoding="utf-8") as file:
-        runs = json.load(file)["benchmarks"]
-    grouped = defaultdict(lambda: defaultdict(list))
-    for run in reversed(runs):
-        name, nodes = run["name"].split("/")[:2]
-        grouped[name]  # in its place, even if this run has failed
-        if run["run_type"] == "iteration" and "error_occurred" not in run:
-            grouped[name][int(nodes)].append(run)
-    return {
-        name: {nodes: Point(runs) for nodes, runs in sorted(grouped[name].items())}
-        for name in reversed(grouped)
-        if grouped[name]
-    }
-
-
 def count_text(count):
     return f"{count:,.0f}" if count >= 100 else f"{count:.3g}"
 
 
 def allocations_text(count):
     return f"{count_text(count)} allocation" + ("" if count == 1 else "s")
-
-
-def time_text(nanoseconds):
-    for unit, size in ("s", 1e9), ("ms", 1e6), ("µs", 1e3):
-        if nanoseconds >= size:
-            return f"{nanoseconds / size:.3g} {unit}"
-    return f"{nanoseconds:.3g} ns"
 
 
 def text(x, y, content, style="", anchor="start"):
@@ -111,6 +78,12 @@ def linear_growth(points, scale):
     return [(scale.x(nodes), scale.y(first.nanoseconds)), (scale.x(nodes * factor), scale.y(first.nanoseconds * factor))]
 
 
+def first_label(y):
+    """Below the first point, or above it where the axis is near."""
+    below = y + 17
+    return below if below < PLOT_TOP + PLOT_HEIGHT - 2 else y - 9
+
+
 def panel(name, points, scale):
     bottom = PLOT_TOP + PLOT_HEIGHT
     first, last = min(points), max(points)
@@ -127,7 +100,7 @@ def panel(name, points, scale):
         text(places[-1][0] + 8, places[-1][1] + 4, time_text(points[last].nanoseconds), "value"),
     ]
     if first != last:
-        parts.append(text(PLOT_LEFT, places[0][1] + 17, time_text(points[first].nanoseconds)))
+        parts.append(text(PLOT_LEFT, first_label(places[0][1]), time_text(points[first].nanoseconds)))
     return "\n".join(parts)
 
 

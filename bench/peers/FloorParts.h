@@ -25,8 +25,8 @@ namespace bench
 /// What both kinds do alike.
 struct FloorTexts
 {
-    /// Whether pins are registered before they have their names, connections end one by one when all do, and
-    /// each node's XML is a text of its own.
+    /// Whether pins are registered before they have their names, connections end one by one when all do, each
+    /// node's XML is a text of its own, and moves report how pins were renamed.
     static constexpr bool goesStepByStep = false;
 
     // As a signed number, which is how the library writes ids.

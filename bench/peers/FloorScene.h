@@ -5,10 +5,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace bench
@@ -201,7 +203,14 @@ public:
     {
         for (Node* const node : moved) node->marked = true;
         std::vector<Connection*> const crossing = connectionsToOthers(moved);
-        for (Node* const node : moved) setOwner(node, compound);
+        PinRenames renames;
+        for (Node* const node : moved)
+        {
+            if (Parts::goesStepByStep)
+                setOwner(node, compound, renames);
+            else
+                setOwner(node, compound);
+        }
         InterfaceNodes interfaces;
         for (Connection* const connection : crossing) leadThrough(connection, compound, interfaces, nextId);
         for (Node* const node : moved) node->marked = false;
@@ -246,12 +255,32 @@ public:
     }
 
 private:
+    // Old full names by new ones.
+    using PinRenames = std::map<std::string, std::string>;
+
     // By moved node: that of its inputs, that of its outputs.
     struct InterfaceNodes
     {
         std::unordered_map<Node*, Node*> ofInputs;
         std::unordered_map<Node*, Node*> ofOutputs;
     };
+
+    void setOwner(Node* node, Node* owner, PinRenames& renames)
+    {
+        std::vector<std::string> oldNames = fullNamesOfPins(*node);
+        setOwner(node, owner);
+        std::vector<std::string> newNames = fullNamesOfPins(*node);
+        for (std::size_t i = 0; i < newNames.size(); ++i)
+            renames.emplace(std::move(newNames[i]), std::move(oldNames[i]));
+    }
+
+    static std::vector<std::string> fullNamesOfPins(Node const& node)
+    {
+        std::string const front = Parts::fullName(node).append(".");
+        std::vector<std::string> names;
+        for (Pin const* const pin : node.pins) names.push_back(std::string(front).append(pin->name));
+        return names;
+    }
 
     template <class Change>
     void changeNames(Node* node, Change change)
