@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <string>
@@ -395,7 +396,7 @@ struct FlatParts : FloorTexts
         std::vector<T*> objects_;
     };
 
-    /// How a name index finds the hash and the full name of a node, building neither.
+    /// How a name index finds the hash and the full name of a node, building neither and keeping nothing.
     struct NodeNaming
     {
         template <class Node>
@@ -436,15 +437,31 @@ struct FlatParts : FloorTexts
         }
     };
 
-    /// Linear probing; a removal moves back what comes behind it, so there are no tombstones.
-    template <class T, class Naming>
+    /// Keeps nothing of an object's full name, which is what the naming says.
+    template <class Naming>
+    struct NoText
+    {
+        NoText() = default;
+        template <class T>
+        explicit NoText(T const&)
+        {}
+        template <class T>
+        bool is(std::string_view text, T const& object) const
+        {
+            return Naming::isFullName(object, text);
+        }
+    };
+
+    /// Linear probing; a removal moves back what comes behind it, so there are no tombstones. `Text` is what
+    /// stands beside an object.
+    template <class T, class Naming, class Text = NoText<Naming>>
     class NameIndex
     {
     public:
         void insert(T* object)
         {
             if (++size_ * 10 > slots_.size() * 7) grow();
-            put(Naming::hash(*object), object);
+            put({Naming::hash(*object), object, Text(*object)});
         }
 
         void erase(T* object)
@@ -458,10 +475,10 @@ struct FlatParts : FloorTexts
             for (std::size_t i = following(hole); slots_[i].object != nullptr; i = following(i))
             {
                 if (distance(home(slots_[i].hash), i) < distance(hole, i)) continue;
-                slots_[hole] = slots_[i];
+                slots_[hole] = std::move(slots_[i]);
                 hole = i;
             }
-            slots_[hole].object = nullptr;
+            slots_[hole] = Slot();
             --size_;
         }
 
@@ -469,7 +486,7 @@ struct FlatParts : FloorTexts
         {
             std::uint64_t const hash = Hash::extended(Hash::start, fullName);
             for (std::size_t i = home(hash); slots_[i].object != nullptr; i = following(i))
-                if (slots_[i].hash == hash && Naming::isFullName(*slots_[i].object, fullName))
+                if (slots_[i].hash == hash && slots_[i].text.is(fullName, *slots_[i].object))
                     return slots_[i].object;
             return nullptr;
         }
@@ -477,8 +494,9 @@ struct FlatParts : FloorTexts
     private:
         struct Slot
         {
-            std::uint64_t hash;
-            T* object;
+            std::uint64_t hash = 0;
+            T* object = nullptr;
+            [[no_unique_address]] Text text;
         };
 
         std::size_t home(std::uint64_t hash) const
@@ -491,22 +509,22 @@ struct FlatParts : FloorTexts
             return (to - from) & (slots_.size() - 1);
         }
 
-        void put(std::uint64_t hash, T* object)
+        void put(Slot&& slot)
         {
-            std::size_t place = home(hash);
+            std::size_t place = home(slot.hash);
             while (slots_[place].object != nullptr) place = following(place);
-            slots_[place] = {hash, object};
+            slots_[place] = std::move(slot);
         }
 
         void grow()
         {
-            std::vector<Slot> old(slots_.size() * 2, Slot{0, nullptr});
+            std::vector<Slot> old(slots_.size() * 2);
             old.swap(slots_);
-            for (Slot const& slot : old)
-                if (slot.object != nullptr) put(slot.hash, slot.object);
+            for (Slot& slot : old)
+                if (slot.object != nullptr) put(std::move(slot));
         }
 
-        std::vector<Slot> slots_ = std::vector<Slot>(16, Slot{0, nullptr});
+        std::vector<Slot> slots_ = std::vector<Slot>(16);
         std::size_t size_ = 0;
     };
 
@@ -576,11 +594,37 @@ struct FlatParts : FloorTexts
     };
 };
 
-/// The compact parts, with the steps that a host's overrides may take part in: each object is made and ended
-/// by itself.
+/// The compact parts, with what a host may take part in: each object is made and ended by itself, and the
+/// index of pins keeps its names, as it has to where a host may enter a pin under any.
 struct StepwiseParts : FlatParts
 {
     static constexpr bool goesStepByStep = true;
+
+    class PinName
+    {
+    public:
+        PinName() = default;
+        template <class Pin>
+        explicit PinName(Pin const& pin)
+        {
+            std::string const name = fullName(*pin.node).append(".").append(pin.name);
+            length_ = static_cast<std::uint32_t>(name.size());
+            bytes_ = std::make_unique<char[]>(name.size());
+            std::copy(name.begin(), name.end(), bytes_.get());
+        }
+        template <class Pin>
+        bool is(std::string_view text, Pin const&) const
+        {
+            return text == std::string_view(bytes_.get(), length_);
+        }
+
+    private:
+        std::unique_ptr<char[]> bytes_;
+        std::uint32_t length_ = 0;
+    };
+
+    template <class Pin>
+    using PinNameIndex = NameIndex<Pin, PinNaming, PinName>;
 
     template <class T>
     class Pool
