@@ -106,6 +106,18 @@ TEST(BadInput, NullInTheConnectionArrayIsNoConnection)
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
+TEST(BadInput, NullNodesAreNotConnectedByAConnectionWithoutSource)
+{
+    TestGraph<> graph;
+    graph.scene.setUseAdjacencyMap(false);
+    TestNode& node = graph.addFilter("node");
+    GraphConnection loose(nullptr, node.getPinByName("in"));
+    graph.scene.refGraphConnections().append(&loose);
+    EXPECT_FALSE(graph.scene.areNodesConnected(nullptr, &node, false, true));
+    EXPECT_FALSE(graph.scene.areNodesConnected(&node, nullptr, true, true));
+    graph.scene.refGraphConnections().removeAll(&loose);
+}
+
 TEST(BadInput, NullInListsOfPinsIsRefused)
 {
     TestGraph<> graph;

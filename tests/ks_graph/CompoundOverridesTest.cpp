@@ -656,6 +656,18 @@ TEST(CompoundOverrides, HostThatRefusesPinsLeavesNullEntries)
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
+TEST(CompoundOverrides, HostThatRefusesTheInterfacePinIsNotAskedForItsCompoundPin)
+{
+    OverrideGraph graph;
+    graph.scene.refusesPins = true;
+    TestNode& gate = graph.addNode("gate", &graph.compound);
+    GraphNodePin* outerPin = nullptr;
+    GraphNodePin* innerPin = nullptr;
+    EXPECT_FALSE(graph.scene.addCompoundInterfacePin(PIN_INPUT, &gate, outerPin, innerPin));
+    EXPECT_THAT(graph.scene.callsOf({"createCompoundPinForInterfacePin"}), IsEmpty());
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
 TEST(CompoundOverrides, HostThatMakesNoInterfaceNodeHasNoPair)
 {
     OverrideGraph graph;

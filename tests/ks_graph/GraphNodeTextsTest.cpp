@@ -476,6 +476,36 @@ TEST(FreeNodeName, GivesNoNameAway)
     EXPECT_EQ(parent.getNodes().size(), 1u);
 }
 
+// The full name of each level is appended to that of its owner: a long one has room to spare, so that it is
+// not copied for each level.
+TEST(NodeFullName, OfMoreThan256BytesHasRoomForHalfAsManyAgain)
+{
+    struct Node : GraphNodeBase
+    {
+    };
+    Node owner;
+    Node child;
+    Node grandchild;
+    owner.addNode(&child);
+    child.addNode(&grandchild);
+    for (unsigned int const length : {50u, 255u, 256u, 257u, 300u})
+    {
+        SCOPED_TRACE(length);
+        owner.setName("top");
+        child.setName(KS_String(std::string(length - 4, 'n')));
+        unsigned int const bytes = length + 1;
+        KS_String const fullName = child.getFullName();
+        ASSERT_EQ(fullName.size(), bytes);
+        EXPECT_EQ(fullName.capacity(), length > 256 ? bytes + length / 2 : bytes);
+    }
+    unsigned int const roomOfItsOwner = 301 + 150;
+    grandchild.setName(KS_String(std::string(149, 'g')));
+    EXPECT_EQ(grandchild.getFullName().size(), roomOfItsOwner);
+    EXPECT_EQ(grandchild.getFullName().capacity(), roomOfItsOwner);
+    grandchild.setName(KS_String(std::string(150, 'g')));
+    EXPECT_EQ(grandchild.getFullName().capacity(), 452u + 451 / 2);
+}
+
 TEST(NodeFullName, OfAnOwnerEndsAtTheFirstNul)
 {
     struct Owner : GraphNodeBase

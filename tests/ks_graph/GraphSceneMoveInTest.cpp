@@ -695,7 +695,7 @@ TEST(SceneMoveIn, WithoutACompoundNothingMoves)
 {
     MoveInGraph graph;
     GraphConnection* const ab = graph.wire(graph.a, graph.b);
-    graph.move.run(graph.scene, {&graph.a}, nullptr);
+    EXPECT_TRUE(graph.move.run(graph.scene, {&graph.a}, nullptr));
     EXPECT_EQ(graph.a.getNodeOwner(), &graph.root);
     EXPECT_THAT(listed(graph.scene.getGraphConnections()), ElementsAre(ab));
     EXPECT_SCENE_INVARIANTS(graph.scene);

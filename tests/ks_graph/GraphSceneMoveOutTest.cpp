@@ -719,7 +719,7 @@ TEST_P(SceneMoveOut, WithoutACompoundNothingMoves)
     GraphConnection* const xy = graph.wire(graph.x, graph.y);
     Nodes nodes;
     nodes.append(&graph.x);
-    graph.move.run(graph.scene, GetParam(), nullptr, nodes);
+    EXPECT_TRUE(graph.move.run(graph.scene, GetParam(), nullptr, nodes));
     EXPECT_EQ(graph.x.getNodeOwner(), &graph.compound);
     EXPECT_THAT(listed(graph.scene.getGraphConnections()), ElementsAre(xy));
     EXPECT_SCENE_INVARIANTS(graph.scene);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -924,6 +925,99 @@ TEST(SceneOverrides, NodesAreNotWiredWhenTheSceneOffersNoPinsForThem)
     EXPECT_EQ(0u, graph.scene.getNumberOfConnections());
 }
 
+TEST(SceneOverrides, NodesAreNotWiredWhenTheSceneOffersPinsButDeniesThem)
+{
+    class DenyingScene : public GraphScene
+    {
+    public:
+        bool getConnectablePins(GraphNodeBase const* source, GraphNodeBase const* target, Pins& sources,
+                                Pins& targets, bool const&) const override
+        {
+            sources.append(source->getNodePins()[1]);
+            targets.append(target->getNodePins()[0]);
+            return false;
+        }
+    };
+    TestGraph<DenyingScene> graph;
+    EXPECT_EQ(nullptr, graph.scene.connect(&graph.addFilter("a"), &graph.addFilter("b"), false));
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+TEST_F(SceneOverridesThatDecide, NullIsWiredWithNothingThatTheSceneOffers)
+{
+    GraphNodeBase const* const noNode = nullptr;
+    scene.offered = &both;
+    EXPECT_EQ(nullptr, scene.connect(out(a), noNode, false));
+    EXPECT_EQ(nullptr, scene.connect(noNode, in(a), false));
+    EXPECT_EQ(nullptr, scene.connect(&a, noNode, false));
+    EXPECT_EQ(nullptr, scene.connect(noNode, &a, false));
+    EXPECT_SCENE_INVARIANTS(scene);
+}
+
+TEST_F(SceneOverridesThatDecide, NullPinLosesNothingThatTheSceneGathers)
+{
+    scene.gathered = scene.connect(out(a), in(b), false);
+    scene.removeConnectionsWithPin(nullptr);
+    EXPECT_THAT(listed(scene.getGraphConnections()), ElementsAre(scene.gathered));
+    EXPECT_SCENE_INVARIANTS(scene);
+}
+
+TEST(SceneOverrides, NodeThatTheSceneDeniesToHaveIsNotRemoved)
+{
+    class DenyingScene : public GraphScene
+    {
+    public:
+        bool hasGraphNodeWithId(unsigned int const&) const override { return false; }
+    };
+    TestGraph<DenyingScene> graph;
+    TestNode& node = graph.addNode("node");
+    EXPECT_FALSE(graph.scene.removeNodeFromGraph(node.getId()));
+    EXPECT_EQ(&node, graph.scene.getNodePtrById(node.getId()));
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+TEST(SceneOverrides, ConnectionsToRemoveAreGatheredOnceEach)
+{
+    class GatheringScene : public GraphScene
+    {
+    public:
+        using GraphScene::getConnectionsWithNode;
+
+        bool getConnectionsWithNode(GraphNodeBase const*, Connections&, bool const&, bool const&, bool const&,
+                                    bool const& unique) const override
+        {
+            onceEach.push_back(unique);
+            return false;
+        }
+
+        bool getConnectionsBetweenNodes(GraphNodeBase const*, GraphNodeBase const*, bool const&, bool const&,
+                                        bool const& unique, Connections&) const override
+        {
+            onceEach.push_back(unique);
+            return false;
+        }
+
+        mutable std::vector<bool> onceEach;
+    };
+    GatheringScene scene;
+    GraphNodeBase node(1);
+    scene.removeConnectionsWithNode(&node);
+    scene.removeConnectionsBetweenNodes(&node, &node, true, true);
+    EXPECT_THAT(scene.onceEach, ElementsAre(true, true));
+}
+
+TEST(SceneOverrides, NewPinMakesTheSceneDirtyThoughTheHostDoesNotRegisterIt)
+{
+    class LaxScene : public GraphScene
+    {
+    public:
+        bool addNodePin(GraphNodePin*) override { return true; }
+    };
+    LaxScene scene;
+    std::unique_ptr<GraphNodePin> const pin(scene.createNewPin(1, PIN_INPUT));
+    EXPECT_TRUE(scene.getIsDirty());
+}
+
 TEST(SceneOverrides, PinThatTheSceneDoesNotRegisterIsNotAddedToTheNode)
 {
     class RefusingScene : public GraphScene
@@ -1192,6 +1286,28 @@ TEST_F(SceneOverridesThatThrow, NewPinIsNowhereWhenTheSceneFailed)
     EXPECT_TRUE(node.getNodePins().isEmpty());
     EXPECT_NE(nullptr, scene.createNewPin(&node, 1, PIN_INPUT));
     EXPECT_SCENE_INVARIANTS(scene);
+}
+
+TEST_F(SceneOverridesThatThrow, GivenPinIsNowhereWhenItsNodeFailed)
+{
+    FailingNode& node = graph.addNode<FailingNode>("node");
+    GraphNodePin pin;
+    pin.setId(5000000);
+    expectFailure([&] { scene.addNodePin(&node, &pin); });
+    EXPECT_TRUE(node.getNodePins().isEmpty());
+    EXPECT_EQ(nullptr, scene.getPinPtrById(5000000));
+}
+
+TEST_F(SceneOverridesThatThrow, NodeIsNowhereWhenItsOwnerFailed)
+{
+    class UnownedNode : public TestNode
+    {
+        void setNodeOwner(GraphNodeBase*) override { failIfTold(); }
+    };
+    UnownedNode& node = graph.newNode<UnownedNode>("node");
+    expectFailure([&] { scene.addNodeToGraph(&node); });
+    EXPECT_EQ(nullptr, scene.getNodePtrById(node.getId()));
+    EXPECT_EQ(nullptr, node.getGraphScene());
 }
 
 TEST_F(SceneOverridesThatThrow, ConnectionIsNowhereWhenAPinFailed)

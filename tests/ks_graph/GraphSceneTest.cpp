@@ -206,6 +206,35 @@ TEST(Scene, EachFlagIsStoredInAPlaceOfItsOwnAndSettingItHasNoOtherEffect)
     }
 }
 
+TEST(Scene, AssignmentTakesTheDirtyFlagOver)
+{
+    GraphScene dirty;
+    dirty.setIsDirty(true);
+    GraphScene scene;
+    scene = dirty;
+    EXPECT_TRUE(scene.getIsDirty());
+}
+
+TEST(Scene, RootNodeThatIsNoCompoundEndsWithTheOthers)
+{
+    class Root : public GraphNodeBase
+    {
+    public:
+        explicit Root(bool& ended) : ended_(ended) {}
+        ~Root() override { ended_ = true; }
+
+    private:
+        bool& ended_;
+    };
+    bool ended = false;
+    GraphScene scene;
+    scene.setKeepRootNode(false);
+    scene.setRootNode(new Root(ended));
+    scene.removeAllNodes();
+    EXPECT_TRUE(ended);
+    EXPECT_EQ(nullptr, scene.getRootNode());
+}
+
 TEST(Scene, RootNodeIsOnlyStored)
 {
     GraphScene scene;
