@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <type_traits>
 
 namespace kestrel::graph::test
@@ -434,6 +435,18 @@ TEST(NodeId, NodeWithoutSceneOnlyStoresIt)
     EXPECT_EQ(graph.scene.getNodePtrById(id), &a);
     EXPECT_FALSE(graph.scene.hasGraphNodeWithId(99u));
     EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+TEST(NodeId, ChangeThatTheSceneCannotBeToldLeavesTheOldOne)
+{
+    struct Unwilling : GraphNodeBase
+    {
+        using GraphNodeBase::GraphNodeBase;
+        GraphScene* getGraphScene() const override { throw std::bad_alloc(); }
+    };
+    Unwilling node(5);
+    EXPECT_THROW(node.setId(6), std::bad_alloc);
+    EXPECT_EQ(node.getId(), 5u);
 }
 
 TEST(NodeName, NeedsAnObjectThatIsNotConst)

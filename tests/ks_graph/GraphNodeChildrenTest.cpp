@@ -7,8 +7,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <deque>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kestrel::graph::test
@@ -19,6 +23,7 @@ namespace
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::IsNull;
 
 /// A node with many children of the library's own class.
 class NodeChildren : public ::testing::Test
@@ -260,6 +265,92 @@ TEST_F(NodeChildren, NamesMayHoldLettersAboveAscii)
     EXPECT_EQ(parent_.getNodeByName("Gr\xF6", false), nullptr);
 }
 
+TEST_F(NodeChildren, AnEmptiedListThatHadAGapMakesNoCompound)
+{
+    parent_.removeNode(&child(5));
+    parent_.clearNodesArray();
+    EXPECT_FALSE(parent_.isCompound());
+}
+
+TEST_F(NodeChildren, AListThatAHostSetsKeepsItsNulls)
+{
+    ArrayOfPtr<GraphNodeBase, KS_NO> nodes;
+    nodes.append(&child(1));
+    nodes.append(nullptr);
+    parent_.removeNode(&child(5));
+    parent_.setNodes(nodes);
+    EXPECT_THAT(listed(parent_.getNodes()), ElementsAre(&child(1), IsNull()));
+}
+
+TEST_F(NodeChildren, AListThatAHostTakesIntoItsHandsHasNoGaps)
+{
+    parent_.removeNode(&child(5));
+    EXPECT_FALSE(parent_.refNodes().contains(nullptr));
+}
+
+TEST_F(NodeChildren, ARemovalFromAListThatIsShownNullsTheFreedSlot)
+{
+    ArrayOfPtr<GraphNodeBase, KS_NO> const& nodes = parent_.getNodes();
+    parent_.removeNode(&child(5));
+    EXPECT_EQ(nodes.data()[99], nullptr);
+}
+
+TEST_F(NodeChildren, TheFirstOfManyOfOneNameIsFoundWhoeverGoesAndComesBack)
+{
+    KS_String const name("same");
+    for (std::unique_ptr<GraphNodeBase> const& child : children_) child->setName(name);
+    std::deque<GraphNodeBase*> expected;
+    for (std::unique_ptr<GraphNodeBase> const& child : children_) expected.push_back(child.get());
+    for (int round = 0; round < 150; ++round)
+    {
+        ASSERT_EQ(parent_.getNodeByName(name, true), expected.front()) << round;
+        parent_.addNode(expected.front());
+        expected.push_back(expected.front());
+        expected.pop_front();
+    }
+}
+
+TEST_F(NodeChildren, AChildThatHasLeftIsFoundByNoNameThatItHadBefore)
+{
+    ASSERT_EQ(parent_.getNodeByName("Child5", true), &child(5));
+    child(5).setName("other");
+    parent_.removeNode(&child(5));
+    child(5).setName("Child5");
+    EXPECT_EQ(parent_.getNodeByName("Child5", true), nullptr);
+}
+
+TEST_F(NodeChildren, AListedChildThatIsAssignedAnotherNodeIsFoundByThatName)
+{
+    ASSERT_EQ(parent_.getNodeByName("Child5", true), &child(5));
+    GraphNodeBase other;
+    other.setName("other");
+    child(5) = other; // which has no owner
+    EXPECT_EQ(parent_.getNodeByName("other", true), &child(5));
+    EXPECT_EQ(parent_.getNodeByName("Child5", true), nullptr);
+}
+
+TEST_F(NodeChildren, AChildIsFoundNoMoreThoughAnotherNodeHasTriedToRemoveIt)
+{
+    ASSERT_EQ(parent_.getNodeByName("Child5", true), &child(5));
+    OpenNode other;
+    other.removeNodeFromNodesList(&child(5));
+    parent_.removeNode(&child(5));
+    EXPECT_EQ(parent_.getNodeByName("Child5", true), nullptr);
+}
+
+// The second owner stands where the first one was.
+TEST_F(NodeChildren, ANodeWhoseOwnerIsGoneIsNotAmongTheChildrenOfTheNextOne)
+{
+    std::optional<GraphNodeBase> owner(std::in_place);
+    GraphNodeBase orphan;
+    owner->addNode(&orphan);
+    owner.emplace();
+    for (std::unique_ptr<GraphNodeBase> const& child : children_) owner->addNode(child.get());
+    ASSERT_EQ(owner->getNodeByName("Child5", true), &child(5));
+    orphan.setName("orphan");
+    EXPECT_EQ(owner->getNodeByName("orphan", true), nullptr);
+}
+
 #if defined(__GLIBC__)
 TEST_F(NodeChildren, NamesAreFoundByTheLettersOfTheLocaleOfTheMoment)
 {
@@ -294,6 +385,30 @@ TEST_F(NodeChildren, NamesAreFoundByTheLettersOfTheLocaleOfTheMoment)
     EXPECT_EQ(parent_.getNodeByName("child7", false), &child(7));
     EXPECT_EQ(parent_.getNodeByName("\xE4", false), nullptr);
 }
+
+TEST_F(NodeChildren, NamesAreFoundByTheLettersOfALocaleThatDiffersAboveAsciiAlone)
+{
+    TestLocale locale(TestLocale::Letters::aboveAscii);
+    ASSERT_TRUE(locale.isThere()) << "localedef has made no locale";
+    child(5).setName("\xC4");
+    EXPECT_EQ(parent_.getNodeByName("\xE4", false), nullptr);
+    locale.enter();
+    EXPECT_EQ(parent_.getNodeByName("I", false), nullptr);
+    EXPECT_EQ(parent_.getNodeByName("\xE4", false), &child(5));
+}
+
+TEST_F(NodeChildren, AChildThatLeavesInAnotherLocaleIsNotFoundInTheFirstOne)
+{
+    TestLocale locale;
+    ASSERT_TRUE(locale.isThere()) << "localedef has made no locale";
+    child(5).setName("\xC4");
+    locale.enter();
+    EXPECT_EQ(parent_.getNodeByName("\xE4", false), &child(5));
+    locale.leave();
+    parent_.removeNode(&child(5));
+    locale.enter();
+    EXPECT_EQ(parent_.getNodeByName("\xE4", false), nullptr);
+}
 #endif
 
 TEST_F(NodeChildren, ANodeOfTheHostsClassIsFoundByTheNameThatItTells)
@@ -311,6 +426,65 @@ TEST_F(NodeChildren, ANodeOfTheHostsClassIsFoundByTheNameThatItTells)
     EXPECT_EQ(parent_.getNodeByName("child7", false), &host);
     parent_.removeNode(&host);
     EXPECT_EQ(parent_.getNodeByName("child7", false), nullptr);
+}
+
+TEST(NodeChildrenOfAHost, ManyNodesOfItsClassAreFoundByTheNamesThatTheyTell)
+{
+    struct Telling : GraphNodeBase
+    {
+        KS_String getName() override { return told; }
+        KS_String told;
+    };
+    std::array<Telling, 40> children;
+    GraphNodeBase parent;
+    for (Telling& child : children) parent.addNode(&child);
+    children[20].told = "told";
+    EXPECT_EQ(parent.getNodeByName("told", true), &children[20]);
+}
+
+TEST(NodeChildrenOfAHost, ANodeWhoseOnlyChildLeavesAListThatIsShownIsNoCompound)
+{
+    GraphNodeBase parent;
+    GraphNodeBase child;
+    parent.addNode(&child);
+    EXPECT_THAT(listed(parent.getNodes()), ElementsAre(&child));
+    parent.removeNode(&child);
+    EXPECT_FALSE(parent.isCompound());
+}
+
+TEST(NodeChildrenOfAHost, AChildThatComesAndGoesLeavesTheListShort)
+{
+    GraphNodeBase parent;
+    GraphNodeBase child;
+    for (int i = 0; i < 100; ++i)
+    {
+        parent.addNode(&child);
+        parent.removeNode(&child);
+    }
+    EXPECT_LT(parent.getNodes().capacity(), 10u);
+}
+
+TEST(NodeChildrenOfAHost, ARemovalOfNullLeavesACompoundACompound)
+{
+    OpenNode parent;
+    GraphNodeBase child;
+    GraphNodeBase gone;
+    parent.addNode(&child);
+    parent.addNode(&gone);
+    parent.removeNode(&gone);
+    parent.removeNodeFromNodesList(nullptr);
+    EXPECT_TRUE(parent.isCompound());
+    EXPECT_THAT(listed(parent.getNodes()), ElementsAre(&child));
+}
+
+TEST(NodeChildrenOfAHost, AChildIsRemovedFromTheListASecondTimeWithoutEffect)
+{
+    OpenNode parent;
+    GraphNodeBase child;
+    parent.addNode(&child);
+    for (int i = 0; i < 2; ++i) parent.removeNodeFromNodesList(&child);
+    EXPECT_THAT(listed(parent.getNodes()), IsEmpty());
+    EXPECT_EQ(child.getNodeOwner(), &parent);
 }
 
 TEST(NodeChildrenOfAHost, AChildThatItListsOnceMoreIsRemovedTwice)

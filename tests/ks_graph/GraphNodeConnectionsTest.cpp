@@ -377,6 +377,16 @@ TEST(NodeHasConnectionsWithNode, LooksAtTheDirectionsAndKindsThatItIsAskedFor)
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 
+TEST(NodeHasConnectionsWithNode, PinOfBothDirectionsLeadsNowhereByWhatEntersIt)
+{
+    TestGraph<> graph;
+    TestNode& node = graph.addNode("node");
+    TestNode& other = graph.addFilter("other");
+    graph.scene.connect(other.getPinByName("out"), &graph.addPin(node, "both", bothDirections), false);
+    EXPECT_FALSE(node.hasConnectionsWithNode(&other, false, false));
+    EXPECT_TRUE(node.hasConnectionsWithNode(&other, true, false));
+}
+
 TEST(NodeHasConnectionsWithNode, FindsTheLastConnectionOfTheLastPin)
 {
     TestGraph<> graph;

@@ -1487,6 +1487,31 @@ TEST_F(PinWithConnections, AConnectionIsAskedItsVirtualNodes)
     EXPECT_EQ(withNode(&to, true, true, false), "host");
 }
 
+TEST_F(PinWithConnections, NoFurtherConnectionIsAskedThanTheFirstThatLeadsThere)
+{
+    struct Counting : GraphConnection
+    {
+        using GraphConnection::GraphConnection;
+        bool isImplicit() const override
+        {
+            ++asked;
+            return false;
+        }
+        mutable int asked = 0;
+    };
+    GraphNodePin asking(&here, unlimited, bothDirections);
+    Counting first(&partner, &asking);
+    Counting second(&partner, &asking);
+    Counting leaving(&asking, &partner);
+    for (Counting* const connection : {&first, &second}) asking.addInputConnection(connection);
+    asking.addOutputConnection(&leaving);
+    EXPECT_TRUE(asking.hasConnectionsWithPin(&partner, true, true, false));
+    EXPECT_TRUE(asking.hasConnectionsWithNode(&there, true, true, false));
+    EXPECT_EQ(first.asked, 2);
+    EXPECT_EQ(second.asked, 0);
+    EXPECT_EQ(leaving.asked, 0);
+}
+
 TEST(GraphNodePinGathering, NothingLeadsToNoPinAndNoNode)
 {
     GraphNodePin pin(nullptr, unlimited, bothDirections);

@@ -158,6 +158,48 @@ TEST(NodePinQueries, AListThatTheHostMayChangeIsLookedAtAnew)
     EXPECT_TRUE(node.hasPin(&pins[50]));
 }
 
+// From some length on, a node keeps a set of its pins beside the list.
+class NodeOfManyPins : public ::testing::Test
+{
+protected:
+    NodeOfManyPins()
+    {
+        for (GraphNodePin& pin : pins_) node_.addNodePin(&pin);
+        EXPECT_FALSE(node_.hasPin(&stranger_));
+    }
+
+    struct Claiming : GraphNodeBase
+    {
+        bool hasPin(GraphNodePin const* pin) const override { return claims || GraphNodeBase::hasPin(pin); }
+        bool claims = false;
+    };
+
+    std::deque<GraphNodePin> pins_{100};
+    GraphNodePin stranger_;
+    Claiming node_;
+};
+
+TEST_F(NodeOfManyPins, RemovesAPin)
+{
+    EXPECT_TRUE(node_.removeNodePin(&pins_[50]));
+    EXPECT_FALSE(node_.getNodePins().contains(&pins_[50]));
+    EXPECT_EQ(node_.getNodePins().size(), 99u);
+}
+
+TEST_F(NodeOfManyPins, DoesNotRemoveAPinThatItClaimsAndDoesNotHave)
+{
+    node_.claims = true;
+    EXPECT_FALSE(node_.removeNodePin(&stranger_));
+    EXPECT_EQ(node_.getNodePins().size(), 100u);
+}
+
+TEST_F(NodeOfManyPins, RemovesAPinThatTheHostHasPutIntoTheList)
+{
+    node_.refNodePins().append(&stranger_);
+    EXPECT_TRUE(node_.removeNodePin(&stranger_));
+    EXPECT_FALSE(node_.getNodePins().contains(&stranger_));
+}
+
 TEST(NodePinQueries, NullIsNoPinEvenIfTheListHoldsIt)
 {
     GraphNodeBase node;
@@ -551,6 +593,18 @@ TEST(NodePinDestroying, PinThatStandsTwiceIsDeletedOnce)
     node.refNodePins().append(pin);
     node.destroyNodePins();
     EXPECT_EQ(lines, (Lines{"delete twice", "delete other"}));
+    EXPECT_TRUE(node.getNodePins().isEmpty());
+}
+
+TEST(NodePinDestroying, PinThatAnOverrideKeepsIsNotLeftInTheList)
+{
+    struct Keeping : GraphNodeBase
+    {
+        bool removeNodePin(GraphNodePin*) override { return false; }
+    };
+    Keeping node;
+    node.addNodePin(new GraphNodePin);
+    node.destroyNodePins();
     EXPECT_TRUE(node.getNodePins().isEmpty());
 }
 

@@ -757,6 +757,29 @@ TEST_F(PinPairedTwice, LeavesAPairOfAnotherPinAloneWhenItsDestructorEndsIt)
     second->setChildGraphNodePinPtr(nullptr);
 }
 
+TEST_F(PinPairedTwice, MayEndAfterAFormerPartnerThatAnotherPinHasLeftToo)
+{
+    GraphNodePin* const other = graph.scene.createNewPin(inner, 1, PIN_OUTPUT);
+    first->setChildGraphNodePinPtr(other);
+    other->setParentGraphNodePinPtr(first);
+    graph.scene.createCompoundPinForInterfacePin(other); // goes with the other pin
+    compound.removeNodePin(first);
+    delete first;
+
+    graph.scene.removeNodePinFromSceneAndNode(interfacePin); // and the second one with this
+    graph.scene.removeNodePinFromSceneAndNode(other);
+    EXPECT_TRUE(compound.getNodePins().isEmpty());
+}
+
+TEST_F(PinPairedTwice, LeavesItsFormerPartnerWithoutALinkThoughAnotherPinNamesThePartnerToo)
+{
+    GraphNodePin* const other = graph.scene.createNewPin(inner, 1, PIN_OUTPUT);
+    other->setParentGraphNodePinPtr(first);
+    graph.scene.createCompoundPinForInterfacePin(other);
+    graph.scene.removeNodePinFromSceneAndNode(interfacePin);
+    EXPECT_EQ(first->getChildGraphNodePinPtr(), nullptr);
+}
+
 TEST_F(PinPairedTwice, KeepsNoLinkThatTheHostHasCut)
 {
     second->setChildGraphNodePinPtr(nullptr);

@@ -546,6 +546,38 @@ TEST_P(PinList, OfAHubIsEmptiedFromEitherEndAndFromTheMiddle)
     }
 }
 
+TEST_P(PinList, OfAHubIsReorderedByTheHostAfterARemoval)
+{
+    std::vector<GraphConnection> many(100);
+    GraphNodePin hub;
+    for (GraphConnection& connection : many) side.addTo(hub, &connection);
+    side.removeFrom(hub, &many[99]);
+    std::vector<GraphConnection*> model = listed(list(hub));
+    std::reverse(model.begin(), model.end());
+    std::reverse(ref(hub).begin(), ref(hub).end());
+    for (std::size_t const gone : {10u, 20u})
+    {
+        side.removeFrom(hub, &many[gone]);
+        removeFast(model, &many[gone]);
+        EXPECT_EQ(listed(list(hub)), model);
+    }
+}
+
+TEST_P(PinList, OfAHubIsReorderedByTheHostBetweenTwoRemovals)
+{
+    std::vector<GraphConnection> many(100);
+    GraphNodePin hub;
+    for (GraphConnection& connection : many) side.addTo(hub, &connection);
+    Connections& held = ref(hub);
+    side.removeFrom(hub, &many[99]);
+    std::vector<GraphConnection*> model = listed(list(hub));
+    std::reverse(model.begin(), model.end());
+    std::reverse(held.begin(), held.end());
+    side.removeFrom(hub, &many[10]);
+    removeFast(model, &many[10]);
+    EXPECT_EQ(listed(list(hub)), model);
+}
+
 struct Course
 {
     char const* name;

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <map>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <utility>
@@ -472,6 +473,28 @@ TEST(PlainNames, OnlyNodesOfOtherClassesAreAskedAndOnlyUpToTheOneThatIsFound)
     log.clear();
     EXPECT_EQ(scene.getNodePtrByFullName("nobody"), nullptr);
     EXPECT_THAT(log, ElementsAre(1, 3));
+}
+
+TEST(PlainNames, ANodeUnderAnOwnerThatHasNoNameIsFoundByItsFullName)
+{
+    GraphScene scene;
+    GraphNodeBase owner;
+    GraphNodeBase child(1);
+    child.setName("child");
+    owner.addNode(&child);
+    scene.addNodeToGraph(&child);
+    EXPECT_EQ(scene.getNodePtrByFullName(".child"), &child);
+}
+
+// The second node stands where the first one was.
+TEST(PlainNames, ANodeIsNotFoundInPlaceOfOneThatEndedInTheScene)
+{
+    std::optional<GraphNodeBase> node(std::in_place, 1u);
+    GraphScene scene;
+    node->setName("name");
+    scene.addNodeToGraph(&*node);
+    node.emplace(2u).setName("name");
+    EXPECT_EQ(scene.getNodePtrByFullName("name"), nullptr);
 }
 
 TEST(PlainNames, ANodeThatIsRenamedWhileAnotherIsAskedIsNotFoundUnderItsOldName)

@@ -17,12 +17,20 @@ namespace kestrel::graph::test
 {
 
 /// A locale in which 0xE4 is the small letter of 0xC4, 0x9A that of 0x80 and, much as in Turkish, 0xFD that
-/// of I. It is made by the system's localedef, since a bare system has no locale that has such letters;
-/// `isThere` tells whether that worked.
+/// of I, unless only the letters above ASCII are to differ. It is made by the system's localedef, since a
+/// bare system has no locale that has such letters; `isThere` tells whether that worked.
 class TestLocale
 {
 public:
-    TestLocale() : folder_(::testing::TempDir() + "ks_graph_" + std::to_string(std::random_device{}()))
+    enum class Letters
+    {
+        all,
+        aboveAscii
+    };
+
+    explicit TestLocale(Letters letters = Letters::all)
+        : letters_(letters),
+          folder_(::testing::TempDir() + "ks_graph_" + std::to_string(std::random_device{}()))
     {
         std::filesystem::create_directories(folder_);
         writeCharacters();
@@ -72,7 +80,7 @@ private:
         file << "END CHARMAP\n";
     }
 
-    static unsigned int smallLetter(unsigned int capital)
+    unsigned int smallLetter(unsigned int capital) const
     {
         switch (capital)
         {
@@ -81,7 +89,7 @@ private:
         case 0xC4:
             return 0xE4;
         case 'I':
-            return 0xFD;
+            return letters_ == Letters::all ? 0xFD : 'i';
         default:
             return capital + 'a' - 'A';
         }
@@ -90,7 +98,7 @@ private:
     void writeLetters() const
     {
         std::string upper;
-        std::string lower = characterName('i');
+        std::string lower = characterName(letters_ == Letters::all ? 'i' : 0xFD);
         std::string pairs;
         for (unsigned int capital = 'A'; capital <= 0xC4; ++capital)
         {
@@ -106,6 +114,7 @@ private:
              << "\ntolower " << pairs << "\nEND LC_CTYPE\n";
     }
 
+    Letters letters_;
     std::string folder_;
     bool isThere_ = false;
 };
