@@ -256,6 +256,23 @@ TEST(AllocationFailure, LeavesQuestionsForConnectedNodesToBeAnswered)
             }
 }
 
+TEST(AllocationFailure, DoesNotReachTheSecondQuestionForConnectedNodes)
+{
+    TestGraph<OpenScene> graph;
+    TestNode& node = graph.addFilter("node");
+    graph.scene.connect(&node, &graph.addFilter("target"), false);
+    EXPECT_TRUE(graph.scene.nodeHasConnectionsInAdjacencyMapAsSource(&node, true, true));
+    bool isSource = false;
+    bool failed = true;
+    {
+        FailAllocation const failure(1, true);
+        isSource = graph.scene.nodeHasConnectionsInAdjacencyMapAsSource(&node, true, true);
+        failed = failure.happened();
+    }
+    EXPECT_TRUE(isSource);
+    EXPECT_FALSE(failed);
+}
+
 TEST(AllocationFailure, LeavesALongPinListRight)
 {
     std::vector<std::unique_ptr<GraphNodePin>> pins;

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -611,7 +613,8 @@ TEST(StringConcatenated, RefusesWhatASizeCannotSay)
     std::size_t const size = std::size_t{1} << 28;
     auto const bytes = std::make_unique_for_overwrite<char[]>(size); // whose pages nobody touches
     std::string_view const x(bytes.get(), size);
-    EXPECT_THROW(KS_String::concatenated({x, x, x, x, x, x, x, x, x, x, x, x, x, x, x, x}), std::bad_alloc);
+    EXPECT_THROW(KS_String::concatenated({x, x, x, x, x, x, x, x, x, x, x, x, x, x, x, x}),
+                 std::bad_array_new_length);
 }
 
 TEST(StringConcatenated, MayBeAssignedToOneOfItsParts)
@@ -1175,6 +1178,14 @@ TEST(StringReplace, ByNullRemoves)
     KS_String text("abcb");
     EXPECT_TRUE(text.replace("b", nullText));
     expectText(text, "ac");
+}
+
+TEST(StringReplace, RefusesWhatASizeCannotSay)
+{
+    KS_String text(std::string(1u << 14, 'x'));
+    std::string const longer(1u << 18, 'y');
+    EXPECT_THROW(text.replace("x", longer.c_str()), std::bad_array_new_length);
+    EXPECT_EQ(text.length(), 1u << 14);
 }
 
 TEST(StringReplace, WithoutMatchKeepsTheBuffer)

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -963,6 +964,18 @@ TEST_F(ConnectionWiring, EntersTheOutputListOfTheSourceAndTheInputListOfTheTarge
     connection.removeFromConnectedPins();
     EXPECT_FALSE(out.isConnected());
     EXPECT_FALSE(in.isConnected());
+}
+
+TEST_F(ConnectionWiring, LeavesTheSourceAgainWhenTheTargetCannotBeEntered)
+{
+    struct Homeless : GraphConnection
+    {
+        using GraphConnection::GraphConnection;
+        void addToTargetPin() override { throw std::bad_alloc(); }
+    };
+    Homeless homeless(&out, &in);
+    EXPECT_THROW(homeless.addToConnectedPins(), std::bad_alloc);
+    EXPECT_FALSE(out.isConnected());
 }
 
 TEST_F(ConnectionWiring, EachEndIsEnteredAndLeftAlone)

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <vector>
+
 namespace kestrel::graph::test
 {
 namespace
@@ -284,6 +287,38 @@ TEST_F(SceneAdjacency, NodeIsATargetThroughAnyOfItsSources)
     EXPECT_FALSE(scene.nodeHasConnectionsInAdjacencyMapAsTarget(&c, true, false));
 }
 
+// How many nodes a node is connected with is counted from the first question on.
+TEST_F(SceneAdjacency, NodeThatWasAskedBeforeIsASourceUntilItsLastConnectionGoes)
+{
+    EXPECT_FALSE(scene.nodeHasConnectionsInAdjacencyMapAsSource(&a, true, false));
+    add(aToB, 2);
+    for (bool const includeImplicit : {false, true})
+        EXPECT_TRUE(scene.nodeHasConnectionsInAdjacencyMapAsSource(&a, includeImplicit, false));
+    remove(aToB, 2);
+    for (bool const includeImplicit : {false, true})
+    {
+        EXPECT_FALSE(scene.nodeHasConnectionsInAdjacencyMapAsSource(&a, includeImplicit, false));
+        EXPECT_FALSE(scene.nodeHasConnectionsInAdjacencyMapAsTarget(&b, includeImplicit, false));
+    }
+}
+
+TEST_F(SceneAdjacency, NodesThatWereAskedBeforeAreSourcesWhicheverOfThemStopToBe)
+{
+    std::vector<GraphConnection> connections;
+    for (int i = 0; i < 20; ++i)
+        connections.emplace_back(graph.addFilter("source").getNodePins()[1], b.getNodePins()[0]);
+    auto const isSource = [&](GraphConnection const& connection)
+    { return scene.nodeHasConnectionsInAdjacencyMapAsSource(connection.getSourceNode(), true, false); };
+    EXPECT_FALSE(isSource(connections[0]));
+    for (GraphConnection const& connection : connections) add(connection);
+    for (std::size_t gone = 0; gone < connections.size(); ++gone)
+    {
+        remove(connections[gone]);
+        for (std::size_t i = 0; i < connections.size(); ++i)
+            EXPECT_EQ(isSource(connections[i]), i > gone) << i << " without " << gone;
+    }
+}
+
 TEST_F(SceneAdjacency, ImplicitConnectionsMakeASourceOrTargetOnlyWhenTheyAreIncluded)
 {
     add(implicitAToB);
@@ -468,7 +503,9 @@ TEST_F(SceneAdjacency, IsEmptyAfterClear)
     add(bToA, 2);
     GraphNodeBase const idOfA(a.getId());
     GraphNodeBase const idOfB(b.getId());
+    EXPECT_TRUE(scene.nodeHasConnectionsInAdjacencyMapAsSource(&idOfB, true, false));
     scene.clear();
+    EXPECT_FALSE(scene.nodeHasConnectionsInAdjacencyMapAsSource(&idOfB, true, false));
     EXPECT_EQ(0, all(idOfA, idOfB));
     EXPECT_EQ(0, all(idOfB, idOfA));
     EXPECT_EQ(0, explicitOnes(idOfA, idOfB));

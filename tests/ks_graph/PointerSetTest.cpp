@@ -58,7 +58,9 @@ TEST(PointerSet, IsEmptyOnceAllAreGoneInTheOrderInWhichTheyCame)
     std::array<int, 20> values{};
     Set set;
     for (int const& value : values) set.insert(&value);
-    set.insert(nullptr);
+    EXPECT_TRUE(set.insert(nullptr));
+    EXPECT_FALSE(set.insert(nullptr));
+    EXPECT_TRUE(set.contains(nullptr));
     for (int const& value : values)
     {
         EXPECT_FALSE(set.isEmpty());
