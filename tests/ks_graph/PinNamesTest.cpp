@@ -98,6 +98,16 @@ TEST_F(PinNamesBesideAMap, ATakenNameKeepsItsPinWhicheverOfTheTwoIsNew)
     EXPECT_EQ(entriesOf(names), model);
 }
 
+TEST_F(PinNamesBesideAMap, ANewNameThatWasTakenStaysForgottenWhenItBecomesFree)
+{
+    insert("old", &pins[0]);
+    insert("new", &pins[1]);
+    rekey("new", "old");
+    erase("old");
+    EXPECT_EQ(names.find(std::string_view("old")), nullptr);
+    EXPECT_EQ(entriesOf(names), model);
+}
+
 TEST_F(PinNamesBesideAMap, ACopyHoldsTheSame)
 {
     insert("a", &pins[0]);
