@@ -115,7 +115,6 @@ GraphNodeBase* ChildList::nextBehind(GraphNodeBase const& child)
 
 void ChildList::insertBefore(GraphNodeBase* next, GraphNodeBase* child)
 {
-    get();
     makeIrregular(); // its rank would be out of order
     List& list = children_.list;
     unsigned int const place = next != nullptr ? list.find(next) : list.npos;

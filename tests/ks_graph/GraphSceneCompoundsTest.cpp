@@ -1,4 +1,5 @@
 #include "support/CallbackLog.h"
+#include "support/GraphTexts.h"
 #include "support/SceneInvariants.h"
 #include "support/TestGraph.h"
 
@@ -629,6 +630,27 @@ TEST(SceneCompounds, CompoundsOutsideTheTreeOfTheRootAreNotListed)
     graph.root.setCompound(true);
     graph.scene.getAllGraphCompounds(out);
     EXPECT_THAT(namesOf(out), ElementsAre("root"));
+    EXPECT_SCENE_INVARIANTS(graph.scene);
+}
+
+// A host may put any node into a list of children, so that lists form a ring.
+TEST(SceneCompounds, CompoundsInListsOfOtherOwnersAreListedOnceEachBehindTheirOwners)
+{
+    CompoundGraph graph;
+    TestNode& inner = graph.addCompound("inner", &graph.compound);
+    TestNode& stranger = graph.addCompound("stranger");
+    stranger.setNodeOwner(nullptr);
+    Nodes const childrenOfRoot = graph.root.getNodes();
+    Nodes const childrenOfCompound = graph.compound.getNodes();
+    graph.root.setNodes(listOf({&inner, &graph.compound, &stranger}));
+    graph.compound.setNodes(listOf({&inner, &graph.root}));
+
+    Nodes out;
+    graph.scene.getAllGraphCompounds(out);
+    EXPECT_THAT(namesOf(out), ElementsAre("root", "C", "inner", "stranger"));
+
+    graph.root.setNodes(childrenOfRoot);
+    graph.compound.setNodes(childrenOfCompound);
     EXPECT_SCENE_INVARIANTS(graph.scene);
 }
 

@@ -3,6 +3,7 @@
 
 #include <ks_graph/GraphScene.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -508,6 +509,20 @@ TEST(Scene, DestructorDeletesNeitherNodesNorConnections)
     EXPECT_EQ(&other, node.getNodeOwner());
     connection->removeFromConnectedPins();
     delete connection;
+}
+
+TEST(Scene, ConnectionsThatACopyHasDeletedAreNotTouchedWhenOthersAreRemoved)
+{
+    TestGraph<> graph;
+    TestNode& a = graph.addFilter("a");
+    TestNode& b = graph.addFilter("b");
+    GraphConnection* const first = graph.scene.connect(&a, &b, false);
+    GraphConnection* const last = graph.scene.connect(&b, &a, false);
+    GraphScene copy(graph.scene);
+    copy.removeConnection(last);
+    graph.scene.removeConnection(first); // the one that is gone takes its place in the array
+    EXPECT_THAT(listed(graph.scene.getGraphConnections()), ::testing::ElementsAre(last));
+    graph.scene.setGraphConnections({});
 }
 
 TEST(Scene, CallbackPointersAreSharedByAllScenes)
