@@ -24,7 +24,11 @@ PinDirection directionOf(unsigned int bits)
 constexpr unsigned int largest = 0xFFFFFFF0u;
 
 // A move out wires all partners of one pin with all of another: hundreds would become tens of thousands.
-constexpr std::size_t mostConnectionsToMove = 120;
+constexpr std::size_t mostConnectionsToMoveOut = 120;
+
+// A move in names a pin for each connection that crosses the boundary, and the model tries one number after
+// the other, each against all pins.
+constexpr std::size_t mostConnectionsToMoveIn = 500;
 
 // Names of no pin may repeat pins, and a list that is reordered again and again may double each time.
 constexpr std::size_t mostPinsToReorder = 200;
@@ -470,8 +474,11 @@ bool Driver::performMove(Operation const& operation)
     Index expectedNode = none;
     Index expectedCompoundPin = none;
     Index expectedInterfacePin = none;
+    bool const isMoveIn = operation.kind == Kind::moveIn || operation.kind == Kind::moveChildrenIn;
     bool const isMoveOut = operation.kind == Kind::moveOut || operation.kind == Kind::moveChildrenOut;
-    done_ = !isMoveOut || model_.livingConnections.size() <= mostConnectionsToMove;
+    std::size_t const connections = model_.livingConnections.size();
+    done_ = !(isMoveIn && connections > mostConnectionsToMoveIn) &&
+            !(isMoveOut && connections > mostConnectionsToMoveOut);
     if (!done_) return true;
     switch (operation.kind)
     {
