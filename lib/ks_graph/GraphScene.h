@@ -558,7 +558,8 @@ public:
     /// @name The connection array, in creation order until a removal moves the last one
     /// The host may reorder it; `set` replaces it and wires nothing. A removal costs the same whatever the
     /// length; once the host has had the array in hand, or a copy of the scene was made, it needs an index
-    /// for that, which the first removal from a long array makes.
+    /// for that, which the first removal from a long array makes. Of a connection that the host has entered
+    /// there twice, a removal then takes either entry, and leaves the other pointing to what is deleted.
     /// @{
     ArrayOfPtr<GraphConnection, KS_NO> const& getGraphConnections() const { return graphConnections_; }
     ArrayOfPtr<GraphConnection, KS_NO>& refGraphConnections();
