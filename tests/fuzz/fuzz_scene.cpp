@@ -135,7 +135,8 @@ private:
         return input_.PickValueInArray({0u, 1u, 2u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu});
     }
 
-    KS_String newName() { return KS_String("n" + std::to_string(++names_)); }
+    /// None that a move makes of another one: those end in digits.
+    KS_String newName() { return KS_String(std::to_string(++names_).append("n")); }
 
     // ---- Nodes and pins
 
